@@ -1,0 +1,26 @@
+#pragma once
+
+#include "config/sensor_model.h"
+
+#include <memory>
+#include <string>
+
+namespace kelvorig {
+
+// Finds and reads a sensor model: a path holding ".json" is read as it stands; anything
+// else is a bare device name looked up as cfg/hmd/<name>.json under the runtime's drivers
+// directory. A text holding "\"pharoscope_config\"" is a whole device file, otherwise a
+// standalone section. Prints its own message and returns false on failure. `model` must be
+// fresh: parsing appends to its lists.
+bool ReadModel(const std::string& path, TrackedObjectModel& model);
+
+// ReadModel, then a SensorLayout with the identity transform; null when ReadModel failed.
+std::unique_ptr<SensorLayout> LoadSensorLayout(const std::string& path);
+
+// Whole file as text with CR LF folded to LF; empty on any failure, a 0-byte file included.
+std::string ReadTextFile(const std::string& path);
+
+// a + separator + b, dropping one trailing slash or backslash of a. separator 0 means '/'.
+std::string JoinPath(const std::string& a, const std::string& b, char separator = 0);
+
+} // namespace kelvorig

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kelvorig {
+
+// Everything the command line sets. These defaults are the real ones; the usage text
+// names others for /maxincidenceangle and /coolingrate, and that stays.
+struct CommandOptions
+{
+    std::string modelPath;
+    std::string sensorsPath;
+    std::vector<std::string> obstaclePaths;
+    std::string outModelPath;
+    std::string outScadPath;
+    double angleResolutionDegrees = 0.5;
+    double maxIncidenceAngle = 60.0;  // degrees
+    double distanceBaseMeters = 2.0;
+    double maxSurfaceAngle = 0.0;  // degrees
+    bool generate = false;
+    bool baseStationSensitivity = false;
+    bool withScadNormals = false;
+    int32_t verifyCoverage = 0;
+    int32_t nSensors = -1;
+    int32_t nOrientations = 1250;
+    int32_t nIterations = 3;
+    double coolingRate = 0.96;
+    double qualityLow = -1.0;
+    double qualityHigh = -1.0;
+    double srbTiltRadians = 0.0;
+};
+
+} // namespace kelvorig

@@ -1,0 +1,6 @@
+#include "driver/usage.h"
+
+int main(int, char**)
+{
+    kelvorig::PrintUsage();
+}

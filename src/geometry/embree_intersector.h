@@ -1,0 +1,50 @@
+#pragma once
+
+#include "geometry/mesh_matrices.h"
+
+#include <Eigen/Core>
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+
+namespace kelvorig {
+
+struct RayHit
+{
+    int32_t primitiveId = -1;  // row of the combined triangle list
+    float hitU = 0.0f;
+    float hitV = 0.0f;
+    float hitDistance = 0.0f;  // ray parameter at the hit
+};
+
+// Closest-hit ray queries over a triangle mesh, on Embree. Both faces of a triangle count.
+// This class is the only code that sees Embree's API. intersectRay is safe to call from
+// several threads at once once init has returned.
+class EmbreeIntersector
+{
+public:
+    EmbreeIntersector();
+    ~EmbreeIntersector();
+    EmbreeIntersector(const EmbreeIntersector&) = delete;
+    EmbreeIntersector& operator=(const EmbreeIntersector&) = delete;
+
+    // Builds, or rebuilds, the structure over V (n by 3) and the first three columns of F.
+    // Leaves the object uninitialised when either matrix is empty.
+    void init(const VertexMatrix& V, const TriangleMatrix& F, const std::string& structure = "default",
+              const std::string& builder = "default", const std::string& traverser = "default");
+
+    // True when a triangle lies along the ray with its parameter between tnear and tfar;
+    // then `hit` is filled, otherwise left alone.
+    bool intersectRay(const Eigen::Vector3f& origin, const Eigen::Vector3f& direction, RayHit& hit,
+                      float tnear = 0.0f, float tfar = std::numeric_limits<float>::infinity()) const;
+
+    bool isInitialised() const;
+
+private:
+    struct Scene;
+    std::unique_ptr<Scene> scene;
+};
+
+} // namespace kelvorig

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kelvorig::test {
+
+struct CliResult
+{
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+// Runs the built kelvorig binary with these arguments (no shell), in `workingDirectory`
+// when it is not empty, and captures both streams.
+CliResult RunKelvorig(const std::vector<std::string>& arguments, const std::string& workingDirectory = "");
+
+// A fresh empty directory under the system's temporary directory, removed with the object.
+class TempDir
+{
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::string& path() const { return path_; }
+    std::string File(const std::string& name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+};
+
+void WriteFile(const std::string& path, const std::string& contents);
+std::string ReadFile(const std::string& path);
+
+} // namespace kelvorig::test

@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages kelvorig builds, tests and benchmarks with (run as root).
+set -euo pipefail
+packages=(cmake make g++ pkg-config libembree-dev libeigen3-dev libjsoncpp-dev libgtest-dev libbenchmark-dev)
+if [ "${1:-}" = "--with-openscad" ]; then
+    packages+=(openscad)
+fi
+missing=()
+for package in "${packages[@]}"; do
+    dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+    export DEBIAN_FRONTEND=noninteractive
+    apt-get update -qq
+    apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
