@@ -4,7 +4,9 @@
 
 namespace kelvorig {
 
-// Placeholder until the optimiser lands.
+// Placeholders until the optimiser lands.
+void CheckImmutableSensorCount(const SensorLayout&, int32_t) {}
+
 int RunGenerate(const CommandOptions&, const SensorLayout*, TrackedSurface&, QualityEvaluator&)
 {
     PrintUsage();

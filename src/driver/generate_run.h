@@ -7,6 +7,10 @@
 
 namespace kelvorig {
 
+// Count checks of a generate run that keeps the sensors of a loaded /model in place: ends the
+// process with status 1 when that layout has as many sensors as /nsensors, or more.
+void CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors);
+
 // /generate: anneals a layout around the immutable sensors (may be null), writes the
 // requested files, then runs the analysis on the result. Returns the exit status.
 int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSensors, TrackedSurface& surface,
