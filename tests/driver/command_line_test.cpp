@@ -266,11 +266,24 @@ TEST(CommandLine, GenerateTakesAtMostThirtyTwoSensors)
 {
     ExpectFails({"/generate", "/sensors", "s.stl", "/outmodel", "o.json", "/nsensors", "33"},
                 "/nsensors 33 is more than the 32 sensors kelvorig can evaluate\n");
-    // 32 passes the checks and goes on to load the surface.
-    const CliResult result =
-        RunKelvorig({"/generate", "/sensors", "missing.stl", "/outmodel", "o.json", "/nsensors", "32"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err.find("/nsensors"), std::string::npos) << result.err;
+}
+
+TEST(CommandLine, LineThatPassesTheChecksGoesOnToLoading)
+{
+    const std::vector<std::string> lines[] = {
+        {"/generate", "/sensors", "missing.stl", "/outmodel", "o.json", "/nsensors", "32", "/coolingrate", "0.999"},
+        {"/verifycoverage", "-5", "/sensors", "missing.stl", "/outscad", "c.scad", "/srbtiltdegrees", "4"},
+        {"/generate", "/verifycoverage", "3", "/sensors", "missing.stl", "/outscad", "c.scad", "/nsensors", "2"},
+    };
+    const std::string surfaceMessage = "Could not build tracked surface from \"missing.stl\"\n";
+    for (const std::vector<std::string>& line : lines)
+    {
+        const CliResult result = RunKelvorig(line);
+        EXPECT_EQ(result.status, 1);
+        ASSERT_GE(result.err.size(), surfaceMessage.size());
+        EXPECT_EQ(result.err.substr(result.err.size() - surfaceMessage.size()), surfaceMessage) << result.err;
+        EXPECT_EQ(result.err.find("usage"), std::string::npos) << result.err;
+    }
 }
 
 TEST(CommandLine, FormatConversionWarnsOfAnUnknownFormat)
