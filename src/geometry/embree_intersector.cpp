@@ -2,6 +2,7 @@
 
 #include <embree3/rtcore.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
@@ -113,6 +114,15 @@ bool EmbreeIntersector::intersectRay(const Eigen::Vector3f& origin, const Eigen:
                                      float tnear, float tfar) const
 {
     if (!scene)
+        return false;
+    // note: Embree refuses rays with non-finite or huge coordinates or bounds (an assertion
+    // in some builds). Such a ray can't meet a triangle, so it is a miss, as its traversal
+    // would give without the check. The not-a-number first orientation casts these.
+    constexpr float kLargest = 1.844e18f;
+    const auto usable = [](float value) { return std::abs(value) <= kLargest; };
+    if (!(usable(origin.x()) && usable(origin.y()) && usable(origin.z()) && usable(direction.x()) &&
+          usable(direction.y()) && usable(direction.z()) && std::abs(tnear) <= std::numeric_limits<float>::infinity() &&
+          std::abs(tfar) <= std::numeric_limits<float>::infinity()))
         return false;
     RTCIntersectContext context;
     rtcInitIntersectContext(&context);
