@@ -1,14 +1,74 @@
 #include "driver/analysis_run.h"
 
-#include "driver/usage.h"
+#include "geometry/angles.h"
+#include "quality/pose_solvability.h"
+
+#include <cmath>
+#include <cstdio>
 
 namespace kelvorig {
+namespace {
 
-// Placeholder until the quality reports land.
-int RunAnalysis(const CommandOptions&, SensorLayout&, const TrackedSurface*, QualityEvaluator&)
+// The evaluator's limits: 64 Jacobian rows and a solvability mask indexed by id. A layout
+// past them, or one whose id lookup would run past its own lists, is refused up front.
+bool CanAnalyse(const SensorLayout& layout)
 {
-    PrintUsage();
-    return 1;
+    if (layout.SensorCount() > QualityEvaluator::kMaxSensors)
+    {
+        std::fprintf(stderr, "cannot analyse %zu sensors: at most %zu are supported\n", layout.SensorCount(),
+                     QualityEvaluator::kMaxSensors);
+        return false;
+    }
+    for (const auto& [id, index] : layout.idToIndex)
+    {
+        if (id < 0 || id > PoseSolvability::kMaxSensorId)
+        {
+            std::fprintf(stderr, "cannot analyse sensor id %d: ids must be 0 to %d\n", id,
+                         PoseSolvability::kMaxSensorId);
+            return false;
+        }
+        // note: idToIndex holds indices into the source model, so a negative id ahead of
+        // a sensor shifts it past the layout's own lists.
+        if (index < 0 || static_cast<size_t>(index) >= layout.positions.size())
+        {
+            std::fprintf(stderr,
+                         "cannot analyse sensor id %d: a negative id ahead of it in channelMap leaves it "
+                         "without a position\n",
+                         id);
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,
+                QualityEvaluator& evaluator)
+{
+    if (!(options.angleResolutionDegrees > 0.0))
+    {
+        std::fprintf(stderr, "/angleresolutiondegrees must be greater than 0, not %g\n",
+                     options.angleResolutionDegrees);
+        return 1;
+    }
+    if (!CanAnalyse(layout))
+        return 1;
+
+    const double step = DegreesToRadians(options.angleResolutionDegrees);
+    layout.cosMaxIncidence = std::cos(DegreesToRadians(options.maxIncidenceAngle));
+    evaluator.SetModel(layout);
+    evaluator.SetSurface(surface);
+    if (options.srbTiltRadians != 0.0)
+        evaluator.SetBaseStationModel(BaseStationModel{kTiltedBaseStationKind, options.srbTiltRadians});
+    evaluator.SampleAnalysisPoses(kFullTurn, step);
+    evaluator.poseVector()[2] = -std::abs(options.distanceBaseMeters);
+
+    if (options.baseStationSensitivity)
+        evaluator.WriteSensitivityReport();
+    else
+        evaluator.WriteCoverageReport();
+    return 0;
 }
 
 } // namespace kelvorig

@@ -1,39 +1,97 @@
 #pragma once
 
 #include "config/sensor_model.h"
+#include "quality/base_station_model.h"
+#include "quality/base_station_pose.h"
+#include "quality/pose_covariance.h"
+#include "quality/pose_vector.h"
+#include "quality/sensor_visibility.h"
+
+#include <Eigen/Core>
 
 #include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <vector>
 
 namespace kelvorig {
 
 class TrackedSurface;
 
-// The sweep-geometry descriptor: kind 0 (standard) unless /srbtiltdegrees asks for 7.
-struct BaseStationModel
-{
-    int32_t kind = 0;
-    double tiltRadians = 0.5;
-};
-
 // Reduces a sensor layout to one tracking-quality score over sampled orientations (lower
 // is better, 0 to 1000), and writes the analysis reports. Reads the layout by reference, so
-// sensors moved in place count at the next evaluation.
+// sensors moved in place count at the next evaluation. At most kMaxSensors sensors, with
+// ids 0 to 31 for the coverage report's solvability check; callers refuse larger layouts.
+// Holds pointers into itself, so it is neither copied nor moved.
 class QualityEvaluator
 {
 public:
+    static constexpr size_t kMaxSensors = 32;
+
     QualityEvaluator();
     ~QualityEvaluator();
+    QualityEvaluator(const QualityEvaluator&) = delete;
+    QualityEvaluator& operator=(const QualityEvaluator&) = delete;
 
-    // Each of the three rebuilds the visibility state; SetModel must come first.
+    // Each of the three rebuilds the visibility state (and so clears everSeen); SetModel
+    // must come first. The layout and the surface must outlive the evaluator's use.
     void SetModel(const SensorLayout& model);
     void SetSurface(const TrackedSurface* surface);  // null: no occlusion
     void SetBaseStationModel(const BaseStationModel& baseStation);
 
+    // `count` best-candidate orientations; scoreScale becomes 500 / count (infinite for 0).
     void SampleOrientations(int32_t count);
+    // The analysis grid; `step` in radians, positive. scoreScale stays.
     void SampleAnalysisPoses(double fullTurn, double step);
+    // Shapes each pose's term so that it swings through the middle of tanh between
+    // pose errors `low` and `high` (metres plus radians).
     void SetQualityRange(double low, double high);
 
+    // scoreScale times the sum over poses of PoseTerm.
     double EvaluateQuality();
+
+    // One pose's share of the score before scaling: 2.0 when no sensor is visible (or
+    // more than kMaxSensors are) or the pose error is not a number, else
+    // tanh(scoreGain·s + scoreBias) + scoreOffset, with s the pose error. Translation from
+    // poseVector entries 0 to 2; writes the pose's rotation into entries 3 to 6.
+    double PoseTerm(const BaseStationPose& pose);
+
+    // The analysis tables, one row per pose, on `out`; unseen sensors named on `err`.
+    // The coverage report turns the object in place; the sensitivity report carries it
+    // around the base station and restores the translation afterwards.
+    void WriteCoverageReport(FILE* out = stdout, FILE* err = stderr);
+    void WriteSensitivityReport(FILE* out = stdout, FILE* err = stderr);
+
+    PoseVector& poseVector() { return poseVector_; }
+    const PoseVector& poseVector() const { return poseVector_; }
+    const std::vector<BaseStationPose>& poses() const { return poses_; }
+    const SensorVisibility* visibility() const { return visibility_.get(); }
+    const Eigen::MatrixXd& measurementWeights() const { return measurementWeights_; }
+    const BaseStationModel& baseStationModel() const { return baseStation_; }
+    double scoreOffset() const { return scoreOffset_; }
+    double scoreGain() const { return scoreGain_; }
+    double scoreBias() const { return scoreBias_; }
+    double scoreScale() const { return scoreScale_; }
+
+private:
+    void RebuildVisibility();
+    size_t VisibleCount() const;
+    // Diagonal of the pose covariance for the visible sensors at the translation and
+    // rotation vector in poseVector; false when a sensor yields no angles.
+    bool PoseVariances(int rows, Vector6d& variances) const;
+    void WriteUnseenSensors(FILE* err) const;
+
+    const SensorLayout* model_ = nullptr;
+    const TrackedSurface* surface_ = nullptr;
+    std::unique_ptr<SensorVisibility> visibility_;
+    Eigen::MatrixXd measurementWeights_;  // 64 by 64
+    PoseVector poseVector_ = kInitialPoseVector;
+    double scoreOffset_;
+    double scoreGain_;
+    double scoreBias_;
+    BaseStationModel baseStation_;
+    std::vector<BaseStationPose> poses_;
+    double scoreScale_ = 1.0;
 };
 
 } // namespace kelvorig

@@ -1,0 +1,101 @@
+#include "quality/orientation_sampling.h"
+
+#include "geometry/angles.h"
+#include "geometry/random_draws.h"
+
+#include <cmath>
+
+namespace kelvorig {
+namespace {
+
+constexpr int kCandidatesPerPoint = 10;
+constexpr double kNoNeighbour = 9999.0;  // squared distance before any neighbour is seen
+
+Triple<double> DrawSphereDirection(RandomEngine& engine)
+{
+    const double z = DrawUnit(engine) * 2.0 - 1.0;
+    const double phi = DrawUnit(engine) * kFullTurn - kPi;
+    const double r = std::sqrt(1.0 - z * z);
+    return {std::cos(phi) * r, std::sin(phi) * r, z};
+}
+
+double NearestSquaredDistance(const Triple<double>& candidate, const std::vector<BaseStationPose>& poses)
+{
+    double nearest = kNoNeighbour;
+    for (const BaseStationPose& pose : poses)
+    {
+        const double dx = candidate[0] - pose.direction[0];
+        const double dy = candidate[1] - pose.direction[1];
+        const double dz = candidate[2] - pose.direction[2];
+        const double squared = dx * dx + dy * dy + dz * dz;
+        if (squared < nearest)
+            nearest = squared;
+    }
+    return nearest;
+}
+
+} // namespace
+
+void SampleBestCandidatePoses(int32_t count, std::vector<BaseStationPose>& poses)
+{
+    poses.clear();
+    RandomEngine engine(kFixedSeed);
+    for (int32_t i = 0; i < count; ++i)
+    {
+        Triple<double> chosen = {0.0, 0.0, 1.0};
+        if (i > 0)
+        {
+            double best = 0.0;
+            for (int candidate = 0; candidate < kCandidatesPerPoint; ++candidate)
+            {
+                const Triple<double> direction = DrawSphereDirection(engine);
+                const double nearest = NearestSquaredDistance(direction, poses);
+                // A later tie doesn't replace an earlier candidate.
+                if (nearest > best)
+                {
+                    best = nearest;
+                    chosen = direction;
+                }
+            }
+        }
+        BaseStationPose pose = PoseTowardDirection(chosen);
+        pose.gridPitch = pose.rotationVector[0];
+        pose.gridYaw = pose.rotationVector[1];
+        poses.push_back(pose);
+    }
+}
+
+void SampleGridPoses(double fullTurn, double step, std::vector<BaseStationPose>& poses)
+{
+    constexpr double kQuarterTurn = 1.5707963267948966;
+    std::vector<double> ringAngles;
+    std::vector<Triple<double>> ring;
+    double theta = -kQuarterTurn;
+    do
+    {
+        ringAngles.push_back(theta);
+        ring.push_back({0.0, std::sin(theta), std::cos(theta)});
+        theta += step;
+    } while (theta <= kQuarterTurn);
+
+    poses.clear();
+    const double limit = fullTurn * 0.5;
+    for (double phi = fullTurn * -0.5; phi <= limit; phi += step)
+    {
+        const double c = std::cos(phi), s = std::sin(phi);
+        const Triple<double> rows[3] = {{c, 0.0, s}, {0.0, 1.0, 0.0}, {-s, 0.0, c}};
+        for (size_t k = 0; k < ring.size(); ++k)
+        {
+            const Triple<double>& u = ring[k];
+            Triple<double> v;
+            for (int i = 0; i < 3; ++i)
+                v[i] = rows[i][0] * u[0] + rows[i][1] * u[1] + rows[i][2] * u[2];
+            BaseStationPose pose = PoseTowardDirection(v);
+            pose.gridPitch = ringAngles[k];
+            pose.gridYaw = phi;
+            poses.push_back(pose);
+        }
+    }
+}
+
+} // namespace kelvorig
