@@ -1,20 +1,147 @@
 #include "config/trackref_tool.h"
 
+#include "config/pose_axes.h"
+
+#include <json/reader.h>
+#include <json/writer.h>
+
+#include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iostream>
 
 namespace kelvorig {
+namespace {
 
-// Placeholders until the IMU tool lands.
-void TrackrefSample()
+constexpr const char* kPositionKey = "imu_from_trackref";
+constexpr const char* kPlusXKey = "imu_plusx_in_trackref";
+constexpr const char* kPlusZKey = "imu_plusz_in_trackref";
+constexpr const char* kResultKey = "trackref_from_imu";
+
+// Above this |dot| the two axes are not perpendicular enough to make a rotation of.
+constexpr double kPerpendicularLimit = 0.001;
+// Below this dot product a computed axis misses the requested one.
+constexpr double kMatchLimit = 0.999;
+
+// A missing key or element reads as 0.
+Eigen::Vector3d ReadVector(const Json::Value& root, const char* key)
 {
-    std::fputs("/trackref_from_imu is not available yet\n", stderr);
+    const Json::Value& triple = root[key];
+    return Eigen::Vector3d(triple.get(0u, 0.0).asDouble(), triple.get(1u, 0.0).asDouble(),
+                           triple.get(2u, 0.0).asDouble());
+}
+
+bool IsZero(const Eigen::Vector3d& v)
+{
+    return v.x() == 0.0 && v.y() == 0.0 && v.z() == 0.0;
+}
+
+void PrintStyled(const Json::Value& value)
+{
+    std::cout << Json::StyledWriter().write(value) << "\n";
+    std::cout.flush();
+}
+
+[[noreturn]] void Fail(const char* format, const std::string& path, const std::string& reason)
+{
+    std::fprintf(stderr, format, path.c_str(), reason.c_str());
     std::exit(1);
 }
 
-void TrackrefFromFile(const std::string&)
+void PrintPoseFromFile(const std::string& path)
 {
-    TrackrefSample();
+    std::ifstream in(path);
+    if (!in)
+        Fail("couldn't read %s: %s\n", path, std::strerror(errno));
+
+    Json::Value root;
+    Json::Reader reader;
+    if (!reader.parse(in, root, true))
+        Fail("couldn't parse %s: %s\n", path, reader.getFormattedErrorMessages());
+
+    const Eigen::Vector3d position = ReadVector(root, kPositionKey);
+    Eigen::Vector3d plusZ = ReadVector(root, kPlusZKey);
+    Eigen::Vector3d plusX = ReadVector(root, kPlusXKey);
+    NormalizeVector(plusZ);
+    NormalizeVector(plusX);
+
+    if (IsZero(plusZ))
+    {
+        std::fputs("imu_plusz_in_trackref can't be 0,0,0.  Set it to a vector pointing in the IMU's +Z "
+                   "direction.\n",
+                   stderr);
+        std::exit(1);
+    }
+    if (IsZero(plusX))
+    {
+        std::fputs("imu_plusx_in_trackref can't be 0,0,0.  Set it to a vector pointing in the IMU's +X "
+                   "direction.\n",
+                   stderr);
+        std::exit(1);
+    }
+    if (IsZero(position))
+        std::fputs("WARNING: imu_from_trackref is 0,0,0!  This is only correct if your IMU is at your CAD "
+                   "origin.\n",
+                   stderr);
+    if (std::abs(plusZ.dot(plusX)) > kPerpendicularLimit)
+        std::fputs("WARNING: imu_plusz_in_trackref isn't perpendicular to imu_plusx_in_trackref!\n", stderr);
+
+    // note: when the axes are refused the identity pose is reported, and the two checks
+    // below say how far it is from what was asked.
+    Pose pose = kIdentityPose;
+    BuildPoseFromAxes(&pose, position, plusX, plusZ);
+
+    Eigen::Vector3d computedX, computedZ;
+    AxesFromPose(nullptr, &computedX, &computedZ, pose);
+    if (computedZ.dot(plusZ) < kMatchLimit)
+        std::fputs("WARNING: computed transform does not get matching +Z\n", stderr);
+    if (computedX.dot(plusX) < kMatchLimit)
+        std::fputs("WARNING: computed transform does not get matching +X\n", stderr);
+
+    Json::Value result;
+    for (Json::ArrayIndex k = 0; k < pose.size(); ++k)
+        result[kResultKey][k] = pose[k];
+    PrintStyled(result);
+}
+
+} // namespace
+
+void TrackrefSample()
+{
+    std::cout << "// INSTRUCTIONS\n"
+                 "//\n"
+                 "// Refer to IMU datasheet for orientation of IMU axes relative to package.\n"
+                 "// Set imu_from_trackref to the CAD location of the centroid of the IMU package.\n"
+                 "// Set imu_plusz_in_trackref to a vector (in CAD coordinates) pointing in the +Z axis of "
+                 "the IMU (usually perpendicular to the PCB).\n"
+                 "// Set imu_plusx_in_trackref to a vector (in CAD coordinates) pointing in the +X axis of "
+                 "the IMU.\n"
+                 "// Feed this file back into kelvorig /trackref_from_imu to get the final transform for "
+                 "your calibration JSON.\n"
+                 "\n";
+    Json::Value sample;
+    for (const char* key : {kPositionKey, kPlusZKey, kPlusXKey})
+    {
+        for (Json::ArrayIndex k = 0; k < 3; ++k)
+            sample[key][k] = 0.0;
+    }
+    PrintStyled(sample);
+}
+
+void TrackrefFromFile(const std::string& path)
+{
+    // A value of the wrong JSON type makes the library throw; that is a broken input file.
+    try
+    {
+        PrintPoseFromFile(path);
+    }
+    catch (const Json::Exception& e)
+    {
+        Fail("couldn't read %s: %s\n", path, e.what());
+    }
 }
 
 } // namespace kelvorig

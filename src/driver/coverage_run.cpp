@@ -1,14 +1,28 @@
 #include "driver/coverage_run.h"
 
-#include "driver/usage.h"
+#include "cad/scad_writer.h"
+#include "config/sensor_model.h"
+
+#include <fstream>
 
 namespace kelvorig {
 
-// Placeholder until the surface sampling lands.
-int RunCoverage(const CommandOptions&, TrackedSurface&)
+int RunCoverage(const CommandOptions& options, TrackedSurface& surface)
 {
-    PrintUsage();
-    return 1;
+    // Seats only: no channel map, not valid, so the drawing shows bare positions.
+    TrackedObjectModel model;
+    for (int32_t i = 0; i < options.verifyCoverage; ++i)
+    {
+        Eigen::Vector3f position;
+        Eigen::Vector3f normal;
+        surface.SampleSeat(position, normal);
+        model.modelPoints.push_back(position);
+        model.modelNormals.push_back(normal);
+    }
+    std::ofstream out(options.outScadPath, std::ios::out | std::ios::trunc);
+    out << WriteScadFile(model, surface.surfacePath(), surface.obstaclePaths(), surface.unitScale(),
+                         options.withScadNormals);
+    return 0;
 }
 
 } // namespace kelvorig

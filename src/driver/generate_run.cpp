@@ -1,16 +1,94 @@
 #include "driver/generate_run.h"
 
-#include "driver/usage.h"
+#include "cad/scad_writer.h"
+#include "driver/analysis_run.h"
+#include "driver/thread_priority.h"
+#include "optimiser/placement_problem.h"
+#include "optimiser/sensor_placement_annealer.h"
+
+#include <json/writer.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
 
 namespace kelvorig {
 
-// Placeholders until the optimiser lands.
-void CheckImmutableSensorCount(const SensorLayout&, int32_t) {}
-
-int RunGenerate(const CommandOptions&, const SensorLayout*, TrackedSurface&, QualityEvaluator&)
+double OrientationSpacing(int32_t nOrientations)
 {
-    PrintUsage();
-    return 1;
+    return 2.0 * std::asin(1.9 / std::sqrt(static_cast<double>(nOrientations)));
+}
+
+void CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors)
+{
+    const int64_t count = static_cast<int64_t>(immutableSensors.SensorCount());
+    if (count > nSensors)
+    {
+        std::cerr << "Model of immutable sensors has more than /nsensors " << nSensors << "!\n" << '\n';
+        std::exit(1);
+    }
+    if (count == nSensors)
+    {
+        std::cerr << "Model of immutable sensors has the same count as /nsensors " << nSensors
+                  << ".  Nothing would change!" << '\n';
+        std::exit(1);
+    }
+}
+
+namespace {
+
+// Anneals, writes the requested files, and returns the result as a layout. The model and its
+// JSON text end here, before the report starts.
+SensorLayout AnnealAndWrite(const CommandOptions& options, const SensorLayout* immutableSensors,
+                            TrackedSurface& surface)
+{
+    PlacementProblem problem(options.nSensors, surface);
+    problem.model = immutableSensors;
+    problem.nOrientations = options.nOrientations;
+    problem.nIterations = options.nIterations;
+    problem.coolingRate = options.coolingRate;
+    // note: subtracts radians from degrees (59.946 for 60 at 1250 orientations); the anneal
+    // has always run with this limit, and its scores depend on it.
+    problem.incidenceLimitDegrees = options.maxIncidenceAngle - 0.5 * OrientationSpacing(options.nOrientations);
+    if (options.qualityLow > 0.0 && options.qualityHigh > 0.0)
+    {
+        problem.qualityLow = options.qualityLow;
+        problem.qualityHigh = options.qualityHigh;
+    }
+
+    const TrackedObjectModel model = problem.Solve();
+    const std::string json = Json::StyledWriter().write(model.ModelToJson());
+
+    if (!options.outScadPath.empty())
+    {
+        std::ofstream scad(options.outScadPath, std::ios::trunc);
+        scad << "/* Final Quality Score: " << problem.finalQuality << " / " << kQualityScale
+             << " (lower is better) */\n"
+             << "/*\n"
+             << json << "*/\n\n"
+             << WriteScadFile(model, surface.surfacePath(), surface.obstaclePaths(), surface.unitScale(),
+                              options.withScadNormals);
+    }
+    if (!options.outModelPath.empty())
+    {
+        std::ofstream file(options.outModelPath, std::ios::trunc);
+        file << "// Final Quality Score: " << problem.finalQuality << " / " << kQualityScale
+             << " (lower is better)\n"
+             << json << '\n';
+    }
+    return SensorLayout(model, kIdentityTransform);
+}
+
+} // namespace
+
+int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSensors, TrackedSurface& surface,
+                QualityEvaluator& evaluator)
+{
+    LowerThreadPriority();
+    surface.SetMaxSurfaceAngle(options.maxSurfaceAngle);
+    SensorLayout result = AnnealAndWrite(options, immutableSensors, surface);
+    return RunAnalysis(options, result, &surface, evaluator);
 }
 
 } // namespace kelvorig

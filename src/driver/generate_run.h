@@ -7,6 +7,9 @@
 
 namespace kelvorig {
 
+// Angular spacing of n sampled orientations, in radians: 2 asin(1.9 / sqrt(n)).
+double OrientationSpacing(int32_t nOrientations);
+
 // Count checks of a generate run that keeps the sensors of a loaded /model in place: ends the
 // process with status 1 when that layout has as many sensors as /nsensors, or more.
 void CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors);

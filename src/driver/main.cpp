@@ -1,6 +1,9 @@
-#include "driver/usage.h"
+#include "driver/driver.h"
 
-int main(int, char**)
+#include <string>
+#include <vector>
+
+int main(int argc, char** argv)
 {
-    kelvorig::PrintUsage();
+    return kelvorig::RunCommandLine(std::vector<std::string>(argv + 1, argv + argc));
 }

@@ -1,28 +1,152 @@
 #include "geometry/embree_intersector.h"
 
-namespace kelvorig {
+#include <embree3/rtcore.h>
 
-// Placeholder until the Embree wrapper lands: holds nothing, hits nothing.
+#include <cstdio>
+#include <cstdlib>
+
+namespace kelvorig {
+namespace {
+
+const char* ErrorName(RTCError error)
+{
+    switch (error)
+    {
+    case RTC_ERROR_NONE: return "no error";
+    case RTC_ERROR_INVALID_ARGUMENT: return "invalid argument";
+    case RTC_ERROR_INVALID_OPERATION: return "invalid operation";
+    case RTC_ERROR_OUT_OF_MEMORY: return "out of memory";
+    case RTC_ERROR_UNSUPPORTED_CPU: return "unsupported CPU";
+    case RTC_ERROR_CANCELLED: return "cancelled";
+    default: return "unknown error";
+    }
+}
+
+// A ray tracer that can't start or build leaves every occlusion and seat answer wrong, so
+// it ends the run rather than answering "no hit".
+[[noreturn]] void FailEmbree(const char* step, RTCError error)
+{
+    std::fprintf(stderr, "Error: Embree failed while %s: %s.\n", step, ErrorName(error));
+    std::exit(1);
+}
+
+RTCDevice CreateDevice()
+{
+    // One build worker per logical processor, started up front and pinned.
+    RTCDevice device = rtcNewDevice("threads=0,set_affinity=1,start_threads=1");
+    const RTCError error = rtcGetDeviceError(device);
+    if (device == nullptr || error != RTC_ERROR_NONE)
+        FailEmbree("starting", error);
+    if (rtcGetDeviceProperty(device, RTC_DEVICE_PROPERTY_BACKFACE_CULLING_ENABLED) != 0)
+    {
+        std::fprintf(stderr, "Error: this Embree library culls back faces; kelvorig needs two-sided triangles.\n");
+        std::exit(1);
+    }
+    return device;
+}
+
+// Created by the first init of the process and never released: Embree's workers live to
+// the end of the process.
+RTCDevice SharedDevice()
+{
+    static const RTCDevice device = CreateDevice();
+    return device;
+}
+
+} // namespace
+
 struct EmbreeIntersector::Scene
 {
+    RTCScene handle = nullptr;
+
+    ~Scene()
+    {
+        if (handle != nullptr)
+            rtcReleaseScene(handle);
+    }
 };
 
 EmbreeIntersector::EmbreeIntersector() = default;
 EmbreeIntersector::~EmbreeIntersector() = default;
 
-void EmbreeIntersector::init(const VertexMatrix&, const TriangleMatrix&, const std::string&, const std::string&,
+void EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F, const std::string&, const std::string&,
                              const std::string&)
 {
+    // note: the structure, builder and traverser names are Embree's defaults on this
+    // interface, which has no named choices left.
+    scene.reset();
+    const RTCDevice device = SharedDevice();
+    if (V.size() == 0 || F.size() == 0 || V.cols() < 3 || F.cols() < 3)
+        return;
+
+    RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
+    auto* positions = static_cast<float*>(rtcSetNewGeometryBuffer(
+        geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, 3 * sizeof(float), static_cast<size_t>(V.rows())));
+    auto* indices = static_cast<unsigned*>(rtcSetNewGeometryBuffer(
+        geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, 3 * sizeof(unsigned), static_cast<size_t>(F.rows())));
+    if (positions == nullptr || indices == nullptr)
+        FailEmbree("allocating the mesh", rtcGetDeviceError(device));
+    for (Eigen::Index row = 0; row < V.rows(); ++row)
+    {
+        for (Eigen::Index k = 0; k < 3; ++k)
+            positions[3 * row + k] = V(row, k);
+    }
+    for (Eigen::Index row = 0; row < F.rows(); ++row)
+    {
+        for (Eigen::Index k = 0; k < 3; ++k)
+            indices[3 * row + k] = static_cast<unsigned>(F(row, k));
+    }
+    rtcCommitGeometry(geometry);
+
+    auto built = std::make_unique<Scene>();
+    built->handle = rtcNewScene(device);
+    rtcAttachGeometryByID(built->handle, geometry, 0);
+    rtcReleaseGeometry(geometry);
+    rtcCommitScene(built->handle);
+    const RTCError error = rtcGetDeviceError(device);
+    if (error != RTC_ERROR_NONE)
+        FailEmbree("building the ray structure", error);
+    scene = std::move(built);
 }
 
-bool EmbreeIntersector::intersectRay(const Eigen::Vector3f&, const Eigen::Vector3f&, RayHit&, float, float) const
+bool EmbreeIntersector::intersectRay(const Eigen::Vector3f& origin, const Eigen::Vector3f& direction, RayHit& hit,
+                                     float tnear, float tfar) const
 {
-    return false;
+    if (!scene)
+        return false;
+    RTCIntersectContext context;
+    rtcInitIntersectContext(&context);
+
+    RTCRayHit query;
+    query.ray.org_x = origin.x();
+    query.ray.org_y = origin.y();
+    query.ray.org_z = origin.z();
+    query.ray.dir_x = direction.x();
+    query.ray.dir_y = direction.y();
+    query.ray.dir_z = direction.z();
+    query.ray.tnear = tnear;
+    query.ray.tfar = tfar;
+    query.ray.time = 0.0f;
+    query.ray.mask = 0xFFFFFFFFu;
+    query.ray.id = 0;
+    query.ray.flags = 0;
+    query.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+    query.hit.primID = RTC_INVALID_GEOMETRY_ID;
+    query.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+
+    rtcIntersect1(scene->handle, &context, &query);
+    if (query.hit.primID == RTC_INVALID_GEOMETRY_ID)
+        return false;
+    hit.primitiveId = static_cast<int32_t>(query.hit.primID);
+    hit.hitU = query.hit.u;
+    hit.hitV = query.hit.v;
+    hit.hitDistance = query.ray.tfar;
+    return true;
 }
 
 bool EmbreeIntersector::isInitialised() const
 {
-    return false;
+    return scene != nullptr;
 }
 
 } // namespace kelvorig

@@ -30,13 +30,16 @@ public:
     EmbreeIntersector(const EmbreeIntersector&) = delete;
     EmbreeIntersector& operator=(const EmbreeIntersector&) = delete;
 
-    // Builds, or rebuilds, the structure over V (n by 3) and the first three columns of F.
-    // Leaves the object uninitialised when either matrix is empty.
+    // Builds, or rebuilds, the structure over V (n by 3) and the first three columns of F
+    // (m by 3 or more, rows of V); primitive ids are rows of F. Leaves the object
+    // uninitialised when either matrix is empty or too narrow. The first call of the process
+    // starts Embree; a failure there or in the build ends the process with a message.
     void init(const VertexMatrix& V, const TriangleMatrix& F, const std::string& structure = "default",
               const std::string& builder = "default", const std::string& traverser = "default");
 
     // True when a triangle lies along the ray with its parameter between tnear and tfar;
-    // then `hit` is filled, otherwise left alone.
+    // then `hit` is filled with the closest such triangle, otherwise left alone. The ray
+    // parameter is in units of |direction|. Allocates nothing.
     bool intersectRay(const Eigen::Vector3f& origin, const Eigen::Vector3f& direction, RayHit& hit,
                       float tnear = 0.0f, float tfar = std::numeric_limits<float>::infinity()) const;
 

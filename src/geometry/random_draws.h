@@ -36,4 +36,14 @@ inline float DrawRange(RandomEngine& engine, float low, float high)
     return low + unit * (high - low);
 }
 
+// A uniform range from low to high; each Draw takes one word from the engine.
+template <typename Real>
+struct UniformRange
+{
+    Real low = 0;
+    Real high = 1;
+
+    Real Draw(RandomEngine& engine) const { return DrawRange(engine, low, high); }
+};
+
 } // namespace kelvorig

@@ -1,28 +1,126 @@
 #include "geometry/tracked_surface.h"
 
-namespace kelvorig {
+#include "geometry/mesh_loading.h"
+#include "geometry/unit_scale.h"
 
-// Placeholder until mesh loading lands: a surface that is never built.
+#include <Eigen/Geometry>
+
+#include <cmath>
+
+namespace kelvorig {
+namespace {
+
+// Facets narrower than a triangle can't be traced or sampled.
+bool HasTriangles(const TriangleMatrix& triangles)
+{
+    return triangles.rows() > 0 && triangles.cols() >= 3;
+}
+
+} // namespace
+
 TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths)
     : TrackedSurface(surfacePath, obstaclePaths, TimeAndProcessSeed())
 {
 }
 
 TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths,
-                               uint32_t)
+                               uint32_t seed)
     : surfacePath_(surfacePath), obstaclePaths_(obstaclePaths)
 {
+    if (!LoadSensorSurface())
+    {
+        triangles_.resize(0, 0);
+        return;
+    }
+    intersector_.init(vertices_, triangles_);
+    BuildAreaTable();
+    if (!obstaclePaths_.empty() && !AddObstacles())
+    {
+        triangles_.resize(0, 0);
+        return;
+    }
+    rng_.seed(seed);
 }
 
-bool TrackedSurface::isBuilt() const { return false; }
-const std::string& TrackedSurface::surfacePath() const { return surfacePath_; }
-const std::vector<std::string>& TrackedSurface::obstaclePaths() const { return obstaclePaths_; }
-double TrackedSurface::unitScale() const { return 1.0; }
-const EmbreeIntersector& TrackedSurface::intersector() const { return intersector_; }
-void TrackedSurface::SetMaxSurfaceAngle(double) {}
-bool TrackedSurface::CanSeatSensor(const Eigen::Vector3f&, const Eigen::Vector3f&) const { return false; }
-bool TrackedSurface::SampleSeat(Eigen::Vector3f&, Eigen::Vector3f&) { return true; }
-bool TrackedSurface::SampleSeatNear(Eigen::Vector3f&, Eigen::Vector3f&, float) { return true; }
-bool TrackedSurface::IsOnSensorSurface(const Eigen::Vector3f&, const Eigen::Vector3f&) const { return true; }
+bool TrackedSurface::LoadSensorSurface()
+{
+    if (!ReadMeshMatrices(surfacePath_, vertices_, triangles_, faceNormals_))
+        return false;
+    if (vertices_.size() == 0 || faceNormals_.size() == 0 || !HasTriangles(triangles_))
+        return false;
+
+    unitScale_ = InferUnitScale(MeshExtentDiagonal(vertices_));
+    vertices_ *= static_cast<float>(unitScale_);
+    // note: no guard for a zero normal; its row becomes not-a-number, as stated in the file.
+    for (Eigen::Index row = 0; row < faceNormals_.rows(); ++row)
+        faceNormals_.row(row) /= faceNormals_.row(row).norm();
+    return true;
+}
+
+void TrackedSurface::BuildAreaTable()
+{
+    totalArea_ = 0.0;
+    cumulativeArea_.clear();
+    cumulativeArea_.reserve(static_cast<size_t>(triangles_.rows()));
+    for (Eigen::Index row = 0; row < triangles_.rows(); ++row)
+    {
+        const Eigen::Vector3f p0 = vertices_.row(triangles_(row, 0)).transpose();
+        const Eigen::Vector3f p1 = vertices_.row(triangles_(row, 1)).transpose();
+        const Eigen::Vector3f p2 = vertices_.row(triangles_(row, 2)).transpose();
+        const float twiceArea = (p1 - p0).cross(p2 - p0).norm();
+        totalArea_ += static_cast<double>(twiceArea) * 0.5;
+        cumulativeArea_.push_back(totalArea_);
+    }
+    areaPick_ = {0.0, totalArea_};
+}
+
+// Obstacles only block rays: their geometry ends up in the intersector and nowhere else.
+bool TrackedSurface::AddObstacles()
+{
+    VertexMatrix obstacleVertices;
+    TriangleMatrix obstacleTriangles;
+    NormalMatrix obstacleNormals;
+    if (!ReadMeshList(obstaclePaths_, obstacleVertices, obstacleTriangles, obstacleNormals))
+        return false;
+    if (obstacleTriangles.rows() == 0)
+        return true;
+    if (!HasTriangles(obstacleTriangles))
+        return false;
+
+    obstacleTriangles.array() += static_cast<int32_t>(vertices_.rows());
+    obstacleVertices *= static_cast<float>(unitScale_);
+
+    VertexMatrix allVertices(vertices_.rows() + obstacleVertices.rows(), 3);
+    allVertices << vertices_, obstacleVertices;
+    TriangleMatrix allTriangles(triangles_.rows() + obstacleTriangles.rows(), 3);
+    allTriangles << triangles_.leftCols(3), obstacleTriangles.leftCols(3);
+    intersector_.init(allVertices, allTriangles);
+    return true;
+}
+
+bool TrackedSurface::isBuilt() const
+{
+    return triangles_.rows() >= 1;
+}
+
+const std::string& TrackedSurface::surfacePath() const
+{
+    return surfacePath_;
+}
+
+const std::vector<std::string>& TrackedSurface::obstaclePaths() const
+{
+    return obstaclePaths_;
+}
+
+double TrackedSurface::unitScale() const
+{
+    return unitScale_;
+}
+
+const EmbreeIntersector& TrackedSurface::intersector() const
+{
+    return intersector_;
+}
 
 } // namespace kelvorig

@@ -23,24 +23,67 @@ public:
     TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths,
                    uint32_t seed);
 
+    // False when a mesh couldn't be read or the sensor surface has no usable facets; such
+    // a surface must not be used.
     bool isBuilt() const;
 
     const std::string& surfacePath() const;
     const std::vector<std::string>& obstaclePaths() const;
+    // Metres per file unit: 1.0 or 0.001, decided by the sensor surface alone.
     double unitScale() const;
     const EmbreeIntersector& intersector() const;
 
+    // Sensor surface only. vertices: 3 per facet by 3, metres. faceNormals: facets by 3,
+    // unit length (not a number where the file's normal was zero). triangles: facets by 3
+    // or more, rows of vertices.
+    const VertexMatrix& vertices() const { return vertices_; }
+    const NormalMatrix& faceNormals() const { return faceNormals_; }
+    const TriangleMatrix& triangles() const { return triangles_; }
+    // Square metres; entry i is the area of facets 0 to i.
+    double totalArea() const { return totalArea_; }
+    const std::vector<double>& cumulativeArea() const { return cumulativeArea_; }
+    float cosMaxSurfaceAngle() const { return cosMaxSurfaceAngle_; }
+
     // Seating and sampling. Positions and normals are metres, mesh frame, 32-bit floats.
     void SetMaxSurfaceAngle(double degrees);
+    // A facet drawn in proportion to its area (0 on an empty table).
+    int32_t PickTriangle();
+    // A point drawn uniformly on the facet.
+    Eigen::Vector3f SamplePoint(int32_t triangle);
+    // The facet normal, tilted at random within cosMaxSurfaceAngle; draws nothing when no
+    // tilt is allowed.
+    Eigen::Vector3f SampleNormal(int32_t triangle);
+    // True when four 6 mm chords of a disc 1 mm under the position meet no triangle.
     bool CanSeatSensor(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const;
+    // Draws seats until one passes CanSeatSensor. On a surface where no seat can be found it
+    // says so on stderr and ends the process with status 1.
     bool SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal);
+    // A seat whose facet normal is close to the incoming `normal`: the first with a dot
+    // product above `limit`, else the best of 20 that pass the seat test.
     bool SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit);
+    // True when some surface lies from 4 mm behind to 0.9 mm in front of the position along
+    // the normal, and none from 1.1 mm to 11 mm in front of it.
     bool IsOnSensorSurface(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const;
 
 private:
+    bool LoadSensorSurface();
+    bool AddObstacles();
+    void BuildAreaTable();
+    [[noreturn]] void ReportNoSeat() const;
+
     std::string surfacePath_;
     std::vector<std::string> obstaclePaths_;
+    VertexMatrix vertices_;
+    NormalMatrix faceNormals_;
+    TriangleMatrix triangles_;
+    double unitScale_ = 1.0;
+    float cosMaxSurfaceAngle_ = 1.0f;
     EmbreeIntersector intersector_;
+    double totalArea_ = 0.0;
+    UniformRange<double> areaPick_{0.0, 1.0};
+    UniformRange<float> unitPick_{0.0f, 1.0f};
+    RandomEngine rng_{kFixedSeed};
+    std::vector<double> cumulativeArea_;
 };
 
 } // namespace kelvorig

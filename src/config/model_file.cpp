@@ -1,0 +1,138 @@
+#include "config/model_file.h"
+
+#include "config/device_config.h"
+#include "config/runtime_paths.h"
+
+#include <json/reader.h>
+#include <json/value.h>
+
+#include <cstdio>
+
+#include <sys/stat.h>
+
+namespace kelvorig {
+namespace {
+
+constexpr const char* kSectionKey = "pharoscope_config";
+constexpr const char* kQuotedSectionKey = "\"pharoscope_config\"";
+
+// Reads every byte of a regular file; empty when it can't be opened or read, or has none.
+std::string ReadBytes(const std::string& path)
+{
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr)
+        return std::string();
+
+    std::string bytes;
+    struct stat status;
+    // note: a directory opens fine here, so only regular files are read.
+    if (fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0)
+    {
+        bytes.resize(static_cast<size_t>(status.st_size));
+        if (std::fread(bytes.data(), 1, bytes.size(), file) != bytes.size())
+            bytes.clear();
+    }
+    std::fclose(file);
+    return bytes;
+}
+
+bool ReadStandaloneSection(const std::string& name, const std::string& text, TrackedObjectModel& model)
+{
+    Json::Value section;
+    Json::Reader reader;
+    if (!reader.parse(text, section, true))
+    {
+        std::fprintf(stderr, "couldn't parse standalone pharoscope_config %s: %s\n", name.c_str(),
+                     reader.getFormattedErrorMessages().c_str());
+        return false;
+    }
+
+    Json::Value wrapper;
+    wrapper[kSectionKey] = section;
+    try
+    {
+        // note: the result is dropped on purpose; a section without "channelMap" loads as an
+        // invalid model with no sensors.
+        model.ParseModelSection(wrapper);
+    }
+    catch (const Json::Exception& exception)
+    {
+        // A member of the wrong JSON type.
+        std::fprintf(stderr, "kelvorig: error reading %s: %s\n", name.c_str(), exception.what());
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool ReadModel(const std::string& path, TrackedObjectModel& model)
+{
+    std::string name = path;
+    std::string text;
+    // note: a substring search, case-sensitive: "x.json.bak" is a path, "x.JSON" a device name.
+    if (path.find(".json") != std::string::npos)
+    {
+        text = ReadTextFile(name);
+    }
+    else
+    {
+        name = JoinPath(JoinPath("cfg", "hmd"), path) + ".json";
+        text = ReadRuntimeFile(name);
+    }
+
+    if (text.empty())
+    {
+        std::fprintf(stderr, "couldn't read %s: file is empty or does not exist\n", name.c_str());
+        return false;
+    }
+
+    // The quoted key alone decides the shape, even when it stands in a comment.
+    if (text.find(kQuotedSectionKey) == std::string::npos)
+        return ReadStandaloneSection(name, text, model);
+
+    DeviceConfig config;
+    std::string error;
+    if (!config.Parse(error, text))
+    {
+        std::fprintf(stderr, "couldn't read %s: %s\n", name.c_str(), error.c_str());
+        return false;
+    }
+    model = config.pharoscope_config;
+    return true;
+}
+
+std::unique_ptr<SensorLayout> LoadSensorLayout(const std::string& path)
+{
+    TrackedObjectModel model;
+    if (!ReadModel(path, model))
+        return nullptr;
+    return std::make_unique<SensorLayout>(model, kIdentityTransform);
+}
+
+std::string ReadTextFile(const std::string& path)
+{
+    const std::string bytes = ReadBytes(path);
+    std::string text;
+    text.reserve(bytes.size());
+    for (size_t i = 0; i < bytes.size(); ++i)
+    {
+        // A carriage return directly before a line feed is dropped; lone ones stay.
+        if (bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n')
+            continue;
+        text.push_back(bytes[i]);
+    }
+    return text;
+}
+
+std::string JoinPath(const std::string& a, const std::string& b, char separator)
+{
+    if (a.empty())
+        return b;
+    std::string head = a;
+    if (head.back() == '/' || head.back() == '\\')
+        head.pop_back();
+    return head + (separator == 0 ? '/' : separator) + b;
+}
+
+} // namespace kelvorig

@@ -1,0 +1,213 @@
+#include "driver/command_line.h"
+
+#include "config/format_conversion.h"
+#include "config/trackref_tool.h"
+#include "driver/usage.h"
+#include "geometry/angles.h"
+
+#include <cctype>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace kelvorig {
+namespace {
+
+// Most sensors one pose can see in the quality score, and so the most a layout may have.
+constexpr int32_t kMaxEvaluatedSensors = 32;
+
+bool EqualsIgnoringCase(const std::string& text, const char* name)
+{
+    size_t i = 0;
+    for (; i < text.size() && name[i] != '\0'; ++i)
+    {
+        if (std::tolower(static_cast<unsigned char>(text[i])) != std::tolower(static_cast<unsigned char>(name[i])))
+            return false;
+    }
+    return i == text.size() && name[i] == '\0';
+}
+
+// /trackref_from_imu: the one argument behind it, if any, is the IMU file, whatever it
+// looks like. Switches before it have no effect and those behind it are never seen.
+[[noreturn]] void RunTrackrefTool(const std::vector<std::string>& arguments, size_t at)
+{
+    if (at + 1 < arguments.size())
+        TrackrefFromFile(arguments[at + 1]);
+    else
+        TrackrefSample();
+    std::exit(0);
+}
+
+// /formatconvert <format> <device file>: a format other than 0 or 1 is only a warning.
+[[noreturn]] void RunFormatConversion(const std::vector<std::string>& arguments, size_t at)
+{
+    const std::string& formatText = arguments[at + 1];
+    int32_t format = 0;
+    // note: a value that is no number at all is format 0, without a word.
+    static_cast<void>(ScanInt(formatText, format));
+    if (format != 0 && format != 1)
+    {
+        std::fprintf(stderr, "Unrecognized json format [ %s ]. Allowed values {0,1}\n", formatText.c_str());
+        format = 0;
+    }
+    if (at + 2 >= arguments.size())
+    {
+        std::fputs("/formatconvert needs a device file after the format number\n", stderr);
+        std::exit(1);
+    }
+    ConvertModelFormat(arguments[at + 2], format);
+    std::exit(0);
+}
+
+bool Refuse(const char* message)
+{
+    std::fputs(message, stderr);
+    return false;
+}
+
+} // namespace
+
+bool ScanInt(const std::string& text, int32_t& value)
+{
+    const char* begin = text.c_str();
+    char* end = nullptr;
+    const long number = std::strtol(begin, &end, 10);
+    if (end == begin)
+        return false;
+    // Out of range saturates rather than wrapping.
+    if (number > INT32_MAX)
+        value = INT32_MAX;
+    else if (number < INT32_MIN)
+        value = INT32_MIN;
+    else
+        value = static_cast<int32_t>(number);
+    return true;
+}
+
+bool ScanDouble(const std::string& text, double& value)
+{
+    const char* begin = text.c_str();
+    char* end = nullptr;
+    const double number = std::strtod(begin, &end);
+    if (end == begin)
+        return false;
+    value = number;
+    return true;
+}
+
+bool ReadCommandLine(const std::vector<std::string>& arguments, CommandOptions& options)
+{
+    bool argumentError = false;
+    for (size_t i = 0; i < arguments.size() && !argumentError; ++i)
+    {
+        const std::string& argument = arguments[i];
+        const size_t following = arguments.size() - i - 1;
+        // A switch is only itself when all its values follow; they are taken whatever they
+        // look like, a leading "/" included.
+        const auto is = [&](const char* name, size_t valueCount)
+        {
+            return following >= valueCount && EqualsIgnoringCase(argument, name);
+        };
+
+        if (argument.empty() || argument[0] != '/')
+        {
+            std::fprintf(stderr, "Unrecognized command line argument [ %s ].\n", argument.c_str());
+            argumentError = true;
+        }
+        else if (is("/generate", 0))
+            options.generate = true;
+        else if (is("/withscadnormals", 0))
+            options.withScadNormals = true;
+        else if (is("/verifycoverage", 1))
+            argumentError = !ScanInt(arguments[++i], options.verifyCoverage);
+        else if (is("/model", 1))
+            options.modelPath = arguments[++i];
+        else if (is("/sensors", 1))
+            options.sensorsPath = arguments[++i];
+        else if (is("/obstacles", 1))
+            options.obstaclePaths.push_back(arguments[++i]);
+        else if (is("/outmodel", 1))
+            options.outModelPath = arguments[++i];
+        else if (is("/outscad", 1))
+            options.outScadPath = arguments[++i];
+        else if (is("/maxincidenceangle", 1))
+            argumentError = !ScanDouble(arguments[++i], options.maxIncidenceAngle);
+        else if (is("/maxsurfaceangle", 1))
+            argumentError = !ScanDouble(arguments[++i], options.maxSurfaceAngle);
+        else if (is("/coolingrate", 1))
+            argumentError = !ScanDouble(arguments[++i], options.coolingRate);
+        else if (is("/nsensors", 1))
+            argumentError = !ScanInt(arguments[++i], options.nSensors);
+        else if (is("/norientations", 1))
+            argumentError = !ScanInt(arguments[++i], options.nOrientations);
+        else if (is("/niterations", 1))
+            argumentError = !ScanInt(arguments[++i], options.nIterations);
+        else if (is("/angleresolutiondegrees", 1))
+            argumentError = !ScanDouble(arguments[++i], options.angleResolutionDegrees);
+        else if (is("/distancebasemeters", 1))
+            argumentError = !ScanDouble(arguments[++i], options.distanceBaseMeters);
+        else if (is("/qualityrange", 2))
+        {
+            // Both values are scanned, and put in order, before either failure counts.
+            const bool lowRead = ScanDouble(arguments[++i], options.qualityLow);
+            const bool highRead = ScanDouble(arguments[++i], options.qualityHigh);
+            if (options.qualityLow > options.qualityHigh)
+                std::swap(options.qualityLow, options.qualityHigh);
+            argumentError = !(lowRead && highRead);
+        }
+        else if (is("/trackref_from_imu", 0))
+            RunTrackrefTool(arguments, i);
+        else if (is("/formatconvert", 1))
+            RunFormatConversion(arguments, i);
+        else if (is("/srbtiltdegrees", 1))
+        {
+            double degrees = 0.0;
+            argumentError = !ScanDouble(arguments[++i], degrees);
+            if (!argumentError)
+                options.srbTiltRadians = DegreesToRadians(degrees);
+        }
+        else if (is("/basestationsensitivity", 0))
+            options.baseStationSensitivity = true;
+        else
+        {
+            std::fprintf(stderr, "Unrecognized command line switch [ %s ].\n", argument.c_str());
+            argumentError = true;
+        }
+    }
+    return !argumentError;
+}
+
+bool CheckCommandLine(const CommandOptions& options, bool argumentError)
+{
+    // note: these come before the argument error on purpose, so that a value that failed
+    // under /generate can surface as one of their messages.
+    if (options.generate)
+    {
+        if (options.sensorsPath.empty())
+            return Refuse("/generate requires /sensors <surface.stl>\n");
+        if (options.outScadPath.empty() && options.outModelPath.empty())
+            return Refuse("/generate output needs /outscad <foo.scad> and/or /outmodel <foo.json>\n");
+        if (options.nSensors < 1)
+            return Refuse("must specify /nsensors with /generate\n");
+        if (options.coolingRate >= 1.0)
+            return Refuse("/coolingrate >= 1.0 would never finish\n");
+    }
+    if (options.verifyCoverage != 0 && (options.sensorsPath.empty() || options.outScadPath.empty()))
+        return Refuse("/verifycoverage requires /sensors and /outscad\n");
+    if (!options.generate && options.verifyCoverage == 0 && options.modelPath.empty())
+        PrintUsage();
+    if (options.srbTiltRadians != 0.0 && options.generate)
+        return Refuse("/srbtiltdegrees is not plumbed to /generate yet\n");
+    if (argumentError)
+        PrintUsage();
+    if (options.generate && options.nSensors > kMaxEvaluatedSensors)
+    {
+        std::fprintf(stderr, "/nsensors %d is more than the %d sensors kelvorig can evaluate\n", options.nSensors,
+                     kMaxEvaluatedSensors);
+        return false;
+    }
+    return true;
+}
+
+} // namespace kelvorig

@@ -1,0 +1,106 @@
+#include "driver/driver.h"
+
+#include "config/model_file.h"
+#include "driver/analysis_run.h"
+#include "driver/command_line.h"
+#include "driver/coverage_run.h"
+#include "driver/generate_run.h"
+#include "driver/model_drawing_run.h"
+#include "geometry/tracked_surface.h"
+#include "quality/quality_evaluator.h"
+
+#include <Eigen/Core>
+
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <memory>
+
+namespace kelvorig {
+namespace {
+
+void ReportUnbuiltSurface(const CommandOptions& options)
+{
+    std::string text = "Could not build tracked surface from \"" + options.sensorsPath + "\"";
+    for (const std::string& obstaclePath : options.obstaclePaths)
+        text += " and \"" + obstaclePath + "\"";
+    text += "\n";
+    std::fputs(text.c_str(), stderr);
+}
+
+// Input sensors off the surface are only warned of; the run goes on.
+void WarnOfPointsOffSurface(const SensorLayout& layout, const TrackedSurface& surface)
+{
+    for (size_t i = 0; i < layout.SensorCount(); ++i)
+    {
+        const Eigen::Vector3f position = layout.positions[i].cast<float>();
+        const Eigen::Vector3f normal = layout.normals[i].cast<float>();
+        if (!surface.IsOnSensorSurface(position, normal))
+        {
+            std::cerr << "WARNING: Input model point " << i << " doesn't seem to be on the supplied sensor surface at "
+                      << position.transpose() << "\n";
+        }
+    }
+}
+
+int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
+{
+    std::unique_ptr<SensorLayout> layout;
+    if (!options.modelPath.empty())
+    {
+        layout = LoadSensorLayout(options.modelPath);
+        if (!layout)
+            return 1;  // the loader has said why
+    }
+
+    // note: /obstacles without /sensors is ignored without a word.
+    std::unique_ptr<TrackedSurface> surface;
+    if (!options.sensorsPath.empty())
+    {
+        surface = std::make_unique<TrackedSurface>(options.sensorsPath, options.obstaclePaths);
+        if (!surface->isBuilt())
+        {
+            ReportUnbuiltSurface(options);
+            return 1;
+        }
+    }
+
+    if (layout && options.generate)
+        CheckImmutableSensorCount(*layout, options.nSensors);
+    if (layout && surface)
+        WarnOfPointsOffSurface(*layout, *surface);
+
+    // The checks guarantee what each run needs: a surface for coverage and generate, a
+    // layout for the analysis.
+    if (layout && !options.generate && !options.outScadPath.empty())
+        return RunModelDrawing(options, surface.get());
+    if (options.verifyCoverage != 0)
+        return RunCoverage(options, *surface);
+    if (options.generate)
+        return RunGenerate(options, layout.get(), *surface, evaluator);
+    return RunAnalysis(options, *layout, surface.get(), evaluator);
+}
+
+} // namespace
+
+int RunCommandLine(const std::vector<std::string>& arguments)
+{
+    try
+    {
+        // note: made before any argument is looked at; the analysis run uses this one.
+        QualityEvaluator evaluator;
+        CommandOptions options;
+        const bool argumentError = !ReadCommandLine(arguments, options);
+        if (!CheckCommandLine(options, argumentError))
+            return 1;
+        return LoadAndRun(options, evaluator);
+    }
+    catch (const std::exception& exception)
+    {
+        // Last safety net: one clear line rather than an abort.
+        std::fprintf(stderr, "kelvorig: error: %s\n", exception.what());
+        return 1;
+    }
+}
+
+} // namespace kelvorig

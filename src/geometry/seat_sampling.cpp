@@ -1,0 +1,181 @@
+#include "geometry/tracked_surface.h"
+
+#include "geometry/angles.h"
+
+#include <Eigen/Geometry>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+namespace kelvorig {
+namespace {
+
+// Seat test, metres: the disc of chords lies this deep under the surface...
+constexpr float kChordDepth = 0.001f;
+// ...with chords of twice this half length, which is narrowed at each use.
+constexpr double kChordHalfLength = 0.003;
+constexpr float kChordLength = 0.006f;
+
+// On-surface test, metres: ray origin lifted along the normal, near bound of both rays,
+// reach above (anything there blocks) and below (something must be there).
+constexpr float kSurfaceLift = 0.001f;
+constexpr float kSurfaceNear = 0.0001f;
+constexpr float kClearAbove = 0.01f;
+constexpr float kReachBelow = 0.005f;
+
+// Seats that must pass the seat test before SampleSeatNear settles for the best of them.
+constexpr int kNearSeatBudget = 20;
+
+// Triangle picks without a usable seat after which a surface is declared unseatable. Far
+// beyond what any usable mesh needs, small enough to answer within seconds.
+constexpr int64_t kMaxFruitlessPicks = 1000000;
+
+// An axis far from n: x unless n lies close to the x axis, then y.
+Eigen::Vector3f ReferenceAxis(const Eigen::Vector3f& n)
+{
+    constexpr double kAxisLimit = 0.2;
+    if (std::abs(static_cast<double>(n.y())) > kAxisLimit || std::abs(static_cast<double>(n.z())) > kAxisLimit)
+        return Eigen::Vector3f::UnitX();
+    return Eigen::Vector3f::UnitY();
+}
+
+} // namespace
+
+void TrackedSurface::SetMaxSurfaceAngle(double degrees)
+{
+    cosMaxSurfaceAngle_ = static_cast<float>(std::cos(DegreesToRadians(degrees)));
+}
+
+int32_t TrackedSurface::PickTriangle()
+{
+    if (cumulativeArea_.empty())
+        return 0;
+    const double place = areaPick_.Draw(rng_);
+    const auto first = std::upper_bound(cumulativeArea_.begin(), cumulativeArea_.end(), place);
+    // note: only a not-a-number area (from such coordinates) can run past the end.
+    const auto index = std::min<ptrdiff_t>(first - cumulativeArea_.begin(),
+                                           static_cast<ptrdiff_t>(cumulativeArea_.size()) - 1);
+    return static_cast<int32_t>(index);
+}
+
+Eigen::Vector3f TrackedSurface::SamplePoint(int32_t triangle)
+{
+    float a = unitPick_.Draw(rng_);
+    float b = unitPick_.Draw(rng_);
+    // Folding the far half of the parallelogram back keeps the point inside the triangle.
+    if (a + b >= 1.0f)
+    {
+        a = 1.0f - a;
+        b = 1.0f - b;
+    }
+    const Eigen::Vector3f p0 = vertices_.row(triangles_(triangle, 0)).transpose();
+    const Eigen::Vector3f p1 = vertices_.row(triangles_(triangle, 1)).transpose();
+    const Eigen::Vector3f p2 = vertices_.row(triangles_(triangle, 2)).transpose();
+    return p0 + a * (p1 - p0) + b * (p2 - p0);
+}
+
+Eigen::Vector3f TrackedSurface::SampleNormal(int32_t triangle)
+{
+    const Eigen::Vector3f n = faceNormals_.row(triangle).transpose();
+    if (cosMaxSurfaceAngle_ >= 1.0f)
+        return n;
+    const Eigen::Vector3f e1 = ReferenceAxis(n).cross(n).normalized();
+    const Eigen::Vector3f e2 = e1.cross(n).normalized();
+    const float r1 = unitPick_.Draw(rng_);
+    const float r2 = unitPick_.Draw(rng_);
+    const float phi = static_cast<float>(static_cast<double>(r2) * kFullTurn);
+    // A cosine uniform in [cosMax, 1] is a direction uniform over the cap around n.
+    const float c = (1.0f - cosMaxSurfaceAngle_) * r1 + cosMaxSurfaceAngle_;
+    const float s = std::sqrt(1.0f - c * c);
+    return (e1 * s * std::cos(phi) + e2 * s * std::sin(phi) + n * c).normalized();
+}
+
+bool TrackedSurface::CanSeatSensor(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const
+{
+    const Eigen::Vector3f centre = position - kChordDepth * normal;
+    const Eigen::Vector3f u = ReferenceAxis(normal).cross(normal).normalized();
+    const Eigen::Vector3f v = u.cross(normal).normalized();
+    const Eigen::Vector3f w1 = (u + v).normalized();
+    const Eigen::Vector3f w2 = (u - v).normalized();
+    RayHit hit;
+    for (const Eigen::Vector3f* chord : {&u, &v, &w1, &w2})
+    {
+        const Eigen::Vector3f origin = centre - static_cast<float>(kChordHalfLength) * *chord;
+        if (intersector_.intersectRay(origin, *chord, hit, 0.0f, kChordLength))
+            return false;
+    }
+    return true;
+}
+
+bool TrackedSurface::SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal)
+{
+    for (int64_t pick = 0; pick < kMaxFruitlessPicks; ++pick)
+    {
+        const int32_t triangle = PickTriangle();
+        position = SamplePoint(triangle);
+        normal = SampleNormal(triangle);
+        if (CanSeatSensor(position, normal))
+            return true;
+    }
+    ReportNoSeat();
+}
+
+bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit)
+{
+    const Eigen::Vector3f wanted = normal;
+    float bestDot = -2.0f;
+    int budget = kNearSeatBudget;
+    Eigen::Vector3f bestPosition = Eigen::Vector3f::Zero();
+    Eigen::Vector3f bestNormal = Eigen::Vector3f::Zero();
+    int64_t fruitlessPicks = 0;
+    while (bestDot < -1.0f || budget > 0)
+    {
+        // Once a seat is recorded the best facet stays eligible, so only the search for a
+        // first one can fail to end.
+        if (bestDot < -1.0f && ++fruitlessPicks > kMaxFruitlessPicks)
+            ReportNoSeat();
+        const int32_t triangle = PickTriangle();
+        const Eigen::Vector3f n = faceNormals_.row(triangle).transpose();
+        const float d = n.dot(wanted);
+        if (d < limit && d < bestDot)
+            continue;
+        position = SamplePoint(triangle);
+        if (!CanSeatSensor(position, n))
+            continue;
+        --budget;
+        if (d > limit)
+        {
+            normal = SampleNormal(triangle);
+            return true;
+        }
+        if (d > bestDot)
+        {
+            bestPosition = position;
+            bestNormal = SampleNormal(triangle);
+            bestDot = d;
+        }
+    }
+    position = bestPosition;
+    normal = bestNormal;
+    return true;
+}
+
+bool TrackedSurface::IsOnSensorSurface(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const
+{
+    const Eigen::Vector3f origin = position + kSurfaceLift * normal;
+    RayHit hit;
+    if (intersector_.intersectRay(origin, normal, hit, kSurfaceNear, kClearAbove))
+        return false;
+    return intersector_.intersectRay(origin, -normal, hit, kSurfaceNear, kReachBelow);
+}
+
+void TrackedSurface::ReportNoSeat() const
+{
+    std::fprintf(stderr, "Error: no position on the sensor surface \"%s\" can take a sensor.\n",
+                 surfacePath_.c_str());
+    std::exit(1);
+}
+
+} // namespace kelvorig

@@ -1,0 +1,233 @@
+#include "geometry/stl_reader.h"
+
+#include <array>
+#include <bit>
+#include <cctype>
+#include <cstdio>
+
+namespace kelvorig {
+namespace {
+
+// Bytes looked at to tell a binary file from a text one.
+constexpr int kProbeLength = 256;
+// Capacity of a word or line buffer, terminator included.
+constexpr size_t kBufferSize = 2048;
+
+// Closes the file on every path out of the reader.
+class StlFile
+{
+public:
+    StlFile(const std::string& path, const char* mode) : file(std::fopen(path.c_str(), mode)) {}
+    ~StlFile() { Close(); }
+    StlFile(const StlFile&) = delete;
+    StlFile& operator=(const StlFile&) = delete;
+
+    bool IsOpen() const { return file != nullptr; }
+    FILE* get() const { return file; }
+    void Close()
+    {
+        if (file != nullptr)
+            std::fclose(file);
+        file = nullptr;
+    }
+
+private:
+    FILE* file;
+};
+
+bool ReportOpenFailure(const std::string& path)
+{
+    std::fprintf(stderr, "IOError: %s could not be opened...\n", path.c_str());
+    return false;
+}
+
+bool ReportTooShort(const std::string& path)
+{
+    std::fprintf(stderr, "IOError: %s too short.\n", path.c_str());
+    return false;
+}
+
+bool ReportBadFormat(const std::string& path, int code)
+{
+    std::fprintf(stderr, "IOError: %s bad format (%d).\n", path.c_str(), code);
+    return false;
+}
+
+// Reads one white-space-delimited word, as "%s" would. False when the file ends first.
+// note: a word is consumed whole however long it is, but only its first 2047 characters
+// are kept; that is longer than any keyword, so an overlong word never matches one.
+bool ReadWord(FILE* file, std::string& word)
+{
+    word.clear();
+    int c = std::getc(file);
+    while (c != EOF && std::isspace(c))
+        c = std::getc(file);
+    if (c == EOF)
+        return false;
+    while (c != EOF && !std::isspace(c))
+    {
+        if (word.size() < kBufferSize - 1)
+            word.push_back(static_cast<char>(c));
+        c = std::getc(file);
+    }
+    if (c != EOF)
+        std::ungetc(c, file);
+    return true;
+}
+
+// Three numbers read as "%g %g %g" into 32-bit floats.
+bool ReadTriple(FILE* file, std::vector<float>& triple)
+{
+    triple.assign(3, 0.0f);
+    for (float& value : triple)
+    {
+        if (std::fscanf(file, "%g", &value) != 1)
+            return false;
+    }
+    return true;
+}
+
+// True when a byte in the first 256 is neither printable nor white space.
+bool HasBinaryMark(FILE* file)
+{
+    for (int i = 0; i < kProbeLength; ++i)
+    {
+        const int c = std::getc(file);
+        if (c == EOF)
+            return false;
+        if (!std::isprint(c) && !std::isspace(c))
+            return true;
+    }
+    return false;
+}
+
+// The rest of a text file, behind its first word "solid".
+bool ReadTextBody(FILE* file, const std::string& path, FloatLists& vertices, IndexLists& facets,
+                  FloatLists& normals)
+{
+    std::array<char, kBufferSize> line;
+    if (std::fgets(line.data(), static_cast<int>(line.size()), file) == nullptr)
+        return ReportTooShort(path);
+
+    std::string first;
+    std::string second;
+    std::vector<float> triple;
+    while (true)
+    {
+        if (!ReadWord(file, first))
+            return ReportBadFormat(path, 1);
+        if (first == "endsolid")
+            return true;
+        if (!ReadWord(file, second) || !ReadTriple(file, triple) || first != "facet" || second != "normal")
+            return ReportBadFormat(path, 1);
+        normals.push_back(triple);
+
+        if (!ReadWord(file, first) || !ReadWord(file, second) || first != "outer" || second != "loop")
+            return ReportBadFormat(path, 2);
+
+        std::vector<int32_t> facet;
+        while (true)
+        {
+            if (!ReadWord(file, first))
+                return ReportBadFormat(path, 4);
+            if (first == "endloop")
+                break;
+            if (first != "vertex")
+                return ReportBadFormat(path, 4);
+            if (!ReadTriple(file, triple))
+                return ReportBadFormat(path, 3);
+            facet.push_back(static_cast<int32_t>(vertices.size()));
+            vertices.push_back(triple);
+        }
+        facets.push_back(std::move(facet));
+
+        if (!ReadWord(file, first) || first != "endfacet")
+            return ReportBadFormat(path, 5);
+    }
+}
+
+uint32_t LittleEndianWord(const unsigned char* bytes)
+{
+    return static_cast<uint32_t>(bytes[0]) | (static_cast<uint32_t>(bytes[1]) << 8) |
+           (static_cast<uint32_t>(bytes[2]) << 16) | (static_cast<uint32_t>(bytes[3]) << 24);
+}
+
+// Three little-endian 32-bit floats; false on a short read.
+bool ReadBinaryTriple(FILE* file, std::vector<float>& triple)
+{
+    std::array<unsigned char, 12> bytes;
+    if (std::fread(bytes.data(), 1, bytes.size(), file) != bytes.size())
+        return false;
+    triple.resize(3);
+    for (size_t k = 0; k < 3; ++k)
+        triple[k] = std::bit_cast<float>(LittleEndianWord(bytes.data() + 4 * k));
+    return true;
+}
+
+bool ReadBinaryBody(FILE* file, const std::string& path, FloatLists& vertices, IndexLists& facets,
+                    FloatLists& normals)
+{
+    std::array<unsigned char, 80> header;
+    if (std::fread(header.data(), 1, header.size(), file) != header.size())
+        return ReportBadFormat(path, 1);
+    std::array<unsigned char, 4> countBytes;
+    if (std::fread(countBytes.data(), 1, countBytes.size(), file) != countBytes.size())
+        return ReportBadFormat(path, 2);
+    const int32_t count = static_cast<int32_t>(LittleEndianWord(countBytes.data()));
+
+    // note: the lists grow as facets arrive instead of being sized from the count, so a
+    // count far beyond the file's length fails at the short read rather than in allocation.
+    std::vector<float> triple;
+    for (int32_t t = 0; t < count; ++t)
+    {
+        if (!ReadBinaryTriple(file, triple))
+            return ReportBadFormat(path, 3);
+        normals.push_back(triple);
+        for (int k = 0; k < 3; ++k)
+        {
+            if (!ReadBinaryTriple(file, triple))
+                return ReportBadFormat(path, 4);
+            vertices.push_back(triple);
+        }
+        const int32_t first = 3 * t;
+        facets.push_back({first, first + 1, first + 2});
+        std::array<unsigned char, 2> attributes;
+        if (std::fread(attributes.data(), 1, attributes.size(), file) != attributes.size())
+            return ReportBadFormat(path, 5);
+    }
+    return true;
+}
+
+} // namespace
+
+bool ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals)
+{
+    bool binaryMark = false;
+    {
+        StlFile probe(path, "rb");
+        if (!probe.IsOpen())
+            return ReportOpenFailure(path);
+        binaryMark = HasBinaryMark(probe.get());
+    }
+
+    StlFile text(path, "r");
+    if (!text.IsOpen())
+        return ReportOpenFailure(path);
+    vertices.clear();
+    facets.clear();
+    normals.clear();
+
+    std::string firstWord;
+    if (!ReadWord(text.get(), firstWord))
+        return ReportTooShort(path);
+    if (!binaryMark && firstWord == "solid")
+        return ReadTextBody(text.get(), path, vertices, facets, normals);
+    text.Close();
+
+    StlFile binary(path, "rb");
+    if (!binary.IsOpen())
+        return ReportOpenFailure(path);
+    return ReadBinaryBody(binary.get(), path, vertices, facets, normals);
+}
+
+} // namespace kelvorig

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kelvorig {
+
+// Lists between an STL file and the mesh matrices: one inner list per vertex, facet or
+// normal. Vertex and normal lists hold 3 floats; a facet lists its vertices' indices.
+using FloatLists = std::vector<std::vector<float>>;
+using IndexLists = std::vector<std::vector<int32_t>>;
+
+// Reads a text or binary STL (told apart by contents, never by extension) as a triangle
+// soup: every facet appends its own vertices, so facet t of a triangle file refers to
+// vertices 3t, 3t+1, 3t+2. Normals are kept as the file states them. On failure returns
+// false with the reason printed on stderr; the lists are then not to be used.
+bool ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals);
+
+} // namespace kelvorig

@@ -1,0 +1,74 @@
+#include "optimiser/placement_problem.h"
+
+#include "geometry/angles.h"
+#include "geometry/tracked_surface.h"
+#include "optimiser/sensor_placement_annealer.h"
+
+#include <cmath>
+#include <iostream>
+
+namespace kelvorig {
+
+PlacementProblem::PlacementProblem(int32_t nSensors, TrackedSurface& surface) : nSensors(nSensors), surface(surface)
+{
+}
+
+void PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
+{
+    constexpr int kCandidates = 20;
+    // note: declared outside the slot loop; if every candidate of a slot coincides with a
+    // placed sensor, that slot takes over the previous slot's seat.
+    Eigen::Vector3f bestPosition = Eigen::Vector3f::Zero();
+    Eigen::Vector3f bestNormal = Eigen::Vector3f::Zero();
+
+    for (size_t i = layout.immutableCount; i < layout.SensorCount(); ++i)
+    {
+        float bestDistance = 0.0f;
+        for (int c = 0; c < kCandidates; ++c)
+        {
+            Eigen::Vector3f position;
+            Eigen::Vector3f normal;
+            surface.SampleSeat(position, normal);
+
+            float distance = 9999.0f;
+            for (size_t j = 0; j < i; ++j)
+            {
+                const Eigen::Vector3f placed = layout.positions[j].cast<float>();
+                const float dx = placed.x() - position.x();
+                const float dy = placed.y() - position.y();
+                const float dz = placed.z() - position.z();
+                const float between = std::sqrt(dx * dx + dy * dy + dz * dz);
+                if (between < distance)
+                    distance = between;
+            }
+            // Strictly greater: the earlier of two equally distant candidates stays.
+            if (distance > bestDistance)
+            {
+                bestDistance = distance;
+                bestPosition = position;
+                bestNormal = normal;
+            }
+        }
+        layout.positions[i] = bestPosition.cast<double>();
+        layout.normals[i] = bestNormal.cast<double>();
+    }
+}
+
+TrackedObjectModel PlacementProblem::Solve()
+{
+    PlacementLayout layout(nSensors);
+    layout.cosMaxIncidence = std::cos(DegreesToRadians(incidenceLimitDegrees));
+    if (model != nullptr)
+        layout.CopyImmutableSensors(*model);
+    PlaceInitialSensors(layout);
+
+    SensorPlacementAnnealer annealer(layout, surface, nIterations, nOrientations, coolingRate, qualityLow, qualityHigh,
+                                     annealerSeed);
+    std::cerr << "anneal duration: " << annealer.ExpectedMoveCount() << '\n';
+
+    TrackedObjectModel result = annealer.Anneal();
+    finalQuality = annealer.snapshotScore();
+    return result;
+}
+
+} // namespace kelvorig

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "config/sensor_model.h"
+#include "optimiser/placement_layout.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace kelvorig {
+
+class TrackedSurface;
+
+// What the driver asks of the optimiser: place nSensors sensors on the surface, keeping the
+// sensors of `model` (if any) where they are, so that the quality score is as low as the
+// anneal finds it. Refers to the surface and model; owns neither. The defaults of
+// nIterations and coolingRate are not the command line's; the driver overwrites them.
+struct PlacementProblem
+{
+    const SensorLayout* model = nullptr;  // immutable sensors; fewer than nSensors
+    int32_t nSensors;                     // total, immutable ones included
+    int32_t nOrientations = 1250;
+    int32_t nIterations = 50;             // moves per temperature per sensor
+    double coolingRate = 0.958;
+    double incidenceLimitDegrees = 60.0;  // incidence limit while annealing
+    double qualityLow = -1.0;             // score range; used only when both are above 0
+    double qualityHigh = -1.0;
+    double finalQuality = 0.0;            // result: score of the model Solve returned
+    TrackedSurface& surface;
+    std::optional<uint32_t> annealerSeed;  // fixes the choice of moves (tests, benchmarks)
+
+    PlacementProblem(int32_t nSensors, TrackedSurface& surface);
+
+    // Seats the movable sensors by best-candidate sampling, anneals, and returns the best
+    // layout with ids 0..nSensors-1 (immutable sensors first). Prints progress on standard
+    // error. Sets finalQuality.
+    TrackedObjectModel Solve();
+
+    // Fills the slots from layout.immutableCount on, each with the one of 20 random seats
+    // that lies farthest from every sensor already placed.
+    void PlaceInitialSensors(PlacementLayout& layout);
+};
+
+} // namespace kelvorig

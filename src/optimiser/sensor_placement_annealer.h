@@ -1,0 +1,87 @@
+#pragma once
+
+#include "config/sensor_model.h"
+#include "geometry/random_draws.h"
+#include "optimiser/placement_layout.h"
+#include "quality/quality_evaluator.h"
+
+#include <Eigen/Core>
+
+#include <cstdint>
+#include <optional>
+
+namespace kelvorig {
+
+class TrackedSurface;
+
+// Top of the quality score: every orientation failed.
+constexpr double kQualityScale = 1000.0;
+
+// The anneal's temperatures follow from the score's scale, never from a switch.
+constexpr double kStartTemperature = kQualityScale * 0.1;              // 100
+constexpr double kStopTemperature = (kQualityScale * 0.0035) * 0.01;  // 0.035
+
+// Simulated annealing over the seats of the layout's movable sensors. Each move replaces one
+// movable sensor, in place, by a seat drawn from the surface; the owned evaluator reads the
+// layout by reference and scores it afresh after every move.
+class SensorPlacementAnnealer
+{
+public:
+    // Attaches the evaluator to `layout` and `surface`, samples `nOrientations` orientations,
+    // and applies the quality range only when both bounds are above 0. The engine that picks
+    // moves is reseeded last, from `seed` or else from the time and process id.
+    SensorPlacementAnnealer(PlacementLayout& layout, TrackedSurface& surface, int32_t nIterations,
+                            int32_t nOrientations, double coolingRate, double qualityLow, double qualityHigh,
+                            std::optional<uint32_t> seed = std::nullopt);
+
+    SensorPlacementAnnealer(const SensorPlacementAnnealer&) = delete;
+    SensorPlacementAnnealer& operator=(const SensorPlacementAnnealer&) = delete;
+
+    // Writes "." to standard error and moves one movable sensor, nine times in ten to a seat
+    // whose normal is near its own (a limit that tightens as `temperature` falls), else
+    // anywhere. Remembers the old seat for UndoMove. Needs at least one movable sensor.
+    void MoveOneSensor(double temperature);
+
+    // Puts back, bit for bit, the seat that the latest move replaced.
+    void UndoMove();
+
+    // The layout as a model; prints "(score)" for every snapshot but the first.
+    TrackedObjectModel Snapshot();
+
+    // Runs the whole schedule from kStartTemperature down to kStopTemperature and returns the
+    // best layout seen; its score is left in snapshotScore().
+    TrackedObjectModel Anneal();
+
+    // Expected number of moves of Anneal: the value of the "anneal duration: " line.
+    double ExpectedMoveCount() const;
+
+    int32_t movesPerTemperature() const { return movesPerTemperature_; }
+    double snapshotScore() const { return snapshotScore_; }
+    int32_t movedIndex() const { return movedIndex_; }
+    const RandomEngine& engine() const { return engine_; }
+    QualityEvaluator& evaluator() { return evaluator_; }
+
+private:
+    PlacementLayout& layout_;
+    TrackedSurface& surface_;
+    QualityEvaluator evaluator_;
+    int32_t movesPerTemperature_;
+    int32_t nOrientations_;
+    double coolingRate_;
+    double invStartTemperature_ = 0.0;
+    bool firstSnapshot_ = true;
+    double currentScore_ = 0.0;
+    double snapshotScore_ = 0.0;
+    int32_t firstMovable_ = 0;
+    int32_t lastMovable_ = 2147483647;
+    double rangeLow_ = 0.0;
+    double rangeHigh_ = 1.0;
+    RandomEngine engine_;
+    int32_t movedIndex_ = 0;
+    Eigen::Vector3d oldPosition_ = Eigen::Vector3d::Zero();
+    Eigen::Vector3d oldNormal_ = Eigen::Vector3d::Zero();
+
+    int32_t DrawMovableIndex();
+};
+
+} // namespace kelvorig

@@ -1,0 +1,158 @@
+#include "cad/scad_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace kelvorig {
+namespace {
+
+// The fixed part of every drawing behind the sensor list; `marker` is the cylinder line.
+std::string Tail(const std::string& marker)
+{
+    return "];\n"
+           "\n"
+           "scale([1000, 1000, 1000])\n"
+           "\tconstellation();\n"
+           "\n"
+           "module constellation() {\n"
+           "\tfor(s = sensors)\n"
+           "\t\ttranslate(s[1])\n"
+           "\t\t\trotate(s[2], s[3])\n"
+           "\t\t\t\tsensor(s[0]);\n"
+           "}\n"
+           "\n"
+           "module sensor(spec) {\n"
+           "\tcolor(spec[1])\n" +
+           marker +
+           "}\n";
+}
+
+const std::string kDisc = "\t\tcylinder(r = 0.0025, h = 0.001);\n";
+const std::string kCone = "\t\tcylinder(r1 = 0.0025, r2 = 0, h = 0.005);\n";
+
+TrackedObjectModel TwoSensors()
+{
+    TrackedObjectModel model;
+    model.valid = true;
+    model.channelMap = {7, -1};
+    model.modelPoints = {{0.0123456789f, -0.05f, 0.045f}, {1, 2, 3}};
+    model.modelNormals = {{0, 0, 1}, {1, 0, 0}};
+    return model;
+}
+
+TEST(WriteScadFile, WithoutSurfaceDrawsEmptyMeshBlockInMillimetres)
+{
+    EXPECT_EQ(WriteScadFile(TwoSensors(), "", {}, 1.0, false),
+              "\n"
+              "$fn = 40;\n"
+              "\n"
+              "scale([1000, 1000, 1000]) {\n"
+              "}\n"
+              "\n"
+              "sensors = [\n"
+              "\t[ [ 7, \"lime\" ], [ 0.0123457, -0.05, 0.045], -0, [1, 0, 0] ],\n"
+              "\t[ [ -1, \"lime\" ], [ 1, 2, 3], -90, [0, -1, 0] ],\n" +
+                  Tail(kDisc));
+}
+
+TEST(WriteScadFile, NormalsFlagChangesOnlyTheMarker)
+{
+    const std::string disc = WriteScadFile(TwoSensors(), "a.stl", {}, 0.001, false);
+    const std::string cone = WriteScadFile(TwoSensors(), "a.stl", {}, 0.001, true);
+    ASSERT_NE(disc.find(kDisc), std::string::npos);
+    std::string expected = disc;
+    expected.replace(disc.find(kDisc), kDisc.size(), kCone);
+    EXPECT_EQ(cone, expected);
+}
+
+TEST(WriteScadFile, SurfaceAndObstaclesAreImportedInOrderAtTheirScale)
+{
+    const std::string text = WriteScadFile(TrackedObjectModel(), "shell.stl", {"strap.stl", "lens.stl", "pad.stl"},
+                                           0.001, false);
+    EXPECT_EQ(text.substr(0, text.find("sensors = [")),
+              "\n"
+              "$fn = 40;\n"
+              "\n"
+              "scale([1, 1, 1]) {\n"
+              "\tcolor(\"orange\") import(\"shell.stl\", convexity = 4);\n"
+              "\tcolor(\"white\") import(\"strap.stl\", convexity = 4);\n"
+              "\tcolor(\"white\") import(\"lens.stl\", convexity = 4);\n"
+              "\tcolor(\"white\") import(\"pad.stl\", convexity = 4);\n"
+              "}\n"
+              "\n");
+    // No sensors: the list opens and closes at once.
+    EXPECT_NE(text.find("sensors = [\n];\n"), std::string::npos);
+    EXPECT_NE(WriteScadFile(TrackedObjectModel(), "m.stl", {}, 1.0, false).find("scale([1000, 1000, 1000]) {\n"),
+              std::string::npos);
+}
+
+TEST(WriteScadFile, BackslashesInImportPathsAreDoubledSlashesKept)
+{
+    const std::string text =
+        WriteScadFile(TrackedObjectModel(), "C:\\cad\\shell.stl", {"../meshes/strap.stl", "D:\\x\\\\y.stl"}, 1.0, false);
+    EXPECT_NE(text.find("\tcolor(\"orange\") import(\"C:\\\\cad\\\\shell.stl\", convexity = 4);\n"), std::string::npos);
+    EXPECT_NE(text.find("\tcolor(\"white\") import(\"../meshes/strap.stl\", convexity = 4);\n"), std::string::npos);
+    EXPECT_NE(text.find("\tcolor(\"white\") import(\"D:\\\\x\\\\\\\\y.stl\", convexity = 4);\n"), std::string::npos);
+}
+
+TEST(WriteScadFile, BareSeatsGetTheirRowIndexAndMissingNormalsPointAlongZ)
+{
+    TrackedObjectModel seats;
+    seats.modelPoints = {{0.1f, 0, 0}, {0, 0.2f, 0}};
+    seats.modelNormals = {{1, 0, 0}};
+    const std::string text = WriteScadFile(seats, "", {}, 1.0, false);
+    EXPECT_NE(text.find("sensors = [\n"
+                        "\t[ [ 0, \"lime\" ], [ 0.1, 0, 0], -90, [0, -1, 0] ],\n"
+                        "\t[ [ 1, \"lime\" ], [ 0, 0.2, 0], -0, [1, 0, 0] ],\n"
+                        "];\n"),
+              std::string::npos)
+        << text;
+}
+
+TEST(RotationText, TurnsZOntoTheNormal)
+{
+    const struct
+    {
+        Eigen::Vector3f normal;
+        const char* text;
+    } cases[] = {
+        {{0, 0, 1}, "-0, [1, 0, 0]"},
+        {{0, 0, -1}, "-180, [1, 0, 0]"},
+        {{1, 0, 0}, "-90, [0, -1, 0]"},
+        {{0, 1, 0}, "-90, [1, 0, 0]"},
+        {{0, 0.6f, 0.8f}, "-36.8699, [1, 0, 0]"},
+        // Within the cut-off the axis is X whatever the tilt's direction.
+        {{0.01f, 0, 0.99995f}, "-0.573008, [1, 0, 0]"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(RotationText(c.normal), c.text) << c.normal.transpose();
+}
+
+TEST(RotationText, AngleMatchesTheTiltOfTheNormal)
+{
+    const Eigen::Vector3f normal = Eigen::Vector3f(0.3f, -0.4f, 0.5f).normalized();
+    const std::string text = RotationText(normal);
+    const double degrees = -std::stod(text);
+    EXPECT_NEAR(degrees, std::acos(static_cast<double>(normal.z())) * 180.0 / 3.141592653589793, 1e-3);
+    // Axis n x Z = (ny, -nx, 0), normalised.
+    EXPECT_NE(text.find("[-0.8, -0.6, 0]"), std::string::npos) << text;
+}
+
+TEST(RotationText, OverlongNormalGivesNotANumberWithoutComplaint)
+{
+    const std::string text = RotationText(Eigen::Vector3f(0, 0.5f, 2.0f));
+    EXPECT_NE(text.find("nan"), std::string::npos) << text;
+}
+
+TEST(ReplaceAll, ResumesBehindEachReplacement)
+{
+    EXPECT_EQ(ReplaceAll("a\\b\\\\c", "\\", "\\\\"), "a\\\\b\\\\\\\\c");
+    EXPECT_EQ(ReplaceAll("aaa", "a", "aa"), "aaaaaa");
+    EXPECT_EQ(ReplaceAll("abcabc", "bc", ""), "aa");
+    EXPECT_EQ(ReplaceAll("abc", "", "x"), "abc");
+    EXPECT_EQ(ReplaceAll("", "a", "b"), "");
+}
+
+} // namespace
+} // namespace kelvorig

@@ -1,0 +1,90 @@
+#include "config/runtime_paths.h"
+
+#include "support/cli_runner.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace kelvorig {
+namespace {
+
+using test::CliResult;
+using test::RunKelvorig;
+using test::TempDir;
+using test::WriteFile;
+
+namespace fs = std::filesystem;
+
+// A standalone model of two sensors.
+const char* const kStandaloneModel = R"({
+    "channelMap": [0, 1],
+    "modelPoints": [[0.01, 0, 0], [-0.01, 0, 0]],
+    "modelNormals": [[1, 0, 0], [-1, 0, 0]]
+})";
+
+TEST(RuntimePaths, FixSlashesTurnsBackslashesIntoSlashes)
+{
+    EXPECT_EQ(FixSlashes("a\\b/c\\\\d"), "a/b/c//d");
+}
+
+TEST(RuntimePaths, FindAncestorNamedIgnoresCaseAndStopsAtMissingPaths)
+{
+    TempDir dir;
+    fs::create_directories(dir.File("QYRNIX/sub/deeper"));
+    EXPECT_EQ(FindAncestorNamed(dir.File("QYRNIX/sub/deeper"), "Qyrnix"), dir.File("QYRNIX"));
+    EXPECT_EQ(FindAncestorNamed(dir.File("QYRNIX\\sub"), "qyrnix"), dir.File("QYRNIX"));
+    EXPECT_EQ(FindAncestorNamed(dir.File("QYRNIX"), "Qyrnix"), dir.File("QYRNIX"));
+    EXPECT_EQ(FindAncestorNamed(dir.File("QYRNIX/missing"), "Qyrnix"), "");
+    EXPECT_EQ(FindAncestorNamed(dir.File("QYRNIX/sub"), "MainBrumeVR"), "");
+}
+
+TEST(RuntimePaths, FindChildInAncestorsStartsAtTheParent)
+{
+    TempDir dir;
+    fs::create_directories(dir.File("a/b/c"));
+    fs::create_directories(dir.File("a/runtime"));
+    fs::create_directories(dir.File("a/b/c/runtime"));
+    WriteFile(dir.File("a/b/c/tool"), "");
+    EXPECT_EQ(FindChildInAncestors(dir.File("a/b/c/tool"), "runtime"), dir.File("a/b/c/runtime"));
+    EXPECT_EQ(FindChildInAncestors(dir.File("a/b/c"), "runtime"), dir.File("a/runtime"));
+    EXPECT_EQ(FindChildInAncestors(dir.File("a/b/missing"), "runtime"), "");
+    EXPECT_EQ(FindChildInAncestors(dir.File("a/b/c"), "no-such-child-anywhere"), "");
+}
+
+TEST(RuntimePaths, OverrideWinsWhenSet)
+{
+    RuntimeDriversOverride() = "/somewhere/drivers";
+    EXPECT_EQ(RuntimeDriversPath(), "/somewhere/drivers");
+    RuntimeDriversOverride().clear();
+}
+
+TEST(RuntimePaths, BareDeviceNameIsFoundUnderAnyCaseOfQyrnix)
+{
+    TempDir dir;
+    fs::create_directories(dir.File("QYRNIX/sub"));
+    fs::create_directories(dir.File("QYRNIX/vorlax/drivers/cfg/hmd"));
+    WriteFile(dir.File("QYRNIX/vorlax/drivers/cfg/hmd/visor.json"), kStandaloneModel);
+
+    const CliResult drawn = RunKelvorig({"/model", "visor", "/outscad", dir.File("visor.scad")}, dir.File("QYRNIX/sub"));
+    EXPECT_EQ(drawn.status, 0) << drawn.err;
+    EXPECT_EQ(drawn.err, "");
+    EXPECT_EQ(test::ReadFile(dir.File("visor.scad")).rfind("/* From visor*/\n\n", 0), 0u);
+
+    const CliResult missing = RunKelvorig({"/model", "absent", "/outscad", dir.File("x.scad")}, dir.File("QYRNIX/sub"));
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err, "couldn't read cfg/hmd/absent.json: file is empty or does not exist\n");
+}
+
+TEST(RuntimePaths, VorlaxBesideAnAncestorIsTheDriversDirectoryItself)
+{
+    TempDir dir;
+    fs::create_directories(dir.File("work/here"));
+    fs::create_directories(dir.File("vorlax/cfg/hmd"));
+    WriteFile(dir.File("vorlax/cfg/hmd/visor.json"), kStandaloneModel);
+    const CliResult drawn = RunKelvorig({"/model", "visor", "/outscad", dir.File("visor.scad")}, dir.File("work/here"));
+    EXPECT_EQ(drawn.status, 0) << drawn.err;
+}
+
+} // namespace
+} // namespace kelvorig
