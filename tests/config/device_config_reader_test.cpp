@@ -294,12 +294,6 @@ TEST(DeviceConfigReader, SensorModelSectionNeverFailsTheParseAndASecondParseExte
     EXPECT_EQ(twice.pharoscope_config.channelMap, (std::vector<int32_t>{1, 2, 1, 2}));
 }
 
-} // namespace
-} // namespace kelvorig
-
-namespace kelvorig {
-namespace {
-
 // Every key the reader knows, with every JSON kind in its place: the parse either passes
 // or fails with one of its own texts, and never throws.
 TEST(DeviceConfigReader, AnyKindOfValueUnderAnyKeyIsHandled)
