@@ -286,11 +286,28 @@ TEST(CommandLine, LineThatPassesTheChecksGoesOnToLoading)
     }
 }
 
-TEST(CommandLine, FormatConversionWarnsOfAnUnknownFormat)
+TEST(CommandLine, FormatConversionWarnsOfAnUnknownFormatAndConverts)
 {
-    const CliResult result = RunKelvorig({"/formatconvert", "7", "missing_device.json", "/bogus"});
-    EXPECT_EQ(result.err.rfind("Unrecognized json format [ 7 ]. Allowed values {0,1}\n", 0), 0u) << result.err;
-    EXPECT_EQ(result.err.find("Unrecognized command line switch"), std::string::npos) << result.err;
+    const TempDir dir;
+    const std::string device = dir.File("device.json");
+    test::WriteFile(device, R"({"device_class": "controller", "pharoscope_config": {"channelMap": [0]}})");
+
+    const CliResult plain = RunKelvorig({"/formatconvert", "0", device});
+    EXPECT_EQ(plain.status, 0) << plain.err;
+    EXPECT_EQ(plain.err, "");
+    EXPECT_NE(plain.out.find("\"device_class\" : \"controller\""), std::string::npos) << plain.out;
+
+    // Format 7 is only warned of: the file is converted to format 0, and nothing behind
+    // the file is looked at.
+    const CliResult seven = RunKelvorig({"/FORMATCONVERT", "7", device, "/bogus"});
+    EXPECT_EQ(seven.status, 0);
+    EXPECT_EQ(seven.err, "Unrecognized json format [ 7 ]. Allowed values {0,1}\n");
+    EXPECT_EQ(seven.out, plain.out);
+
+    const CliResult word = RunKelvorig({"/formatconvert", "json", device});
+    EXPECT_EQ(word.status, 0);
+    EXPECT_EQ(word.err, "");
+    EXPECT_EQ(word.out, plain.out);
 }
 
 TEST(CommandLine, FormatConversionNeedsADeviceFile)
@@ -302,12 +319,18 @@ TEST(CommandLine, FormatConversionNeedsADeviceFile)
     ExpectFails({"/formatconvert"}, "Unrecognized command line switch [ /formatconvert ].\n" + kUsage);
 }
 
-TEST(CommandLine, ToolSwitchEndsTheLoop)
+TEST(CommandLine, ImuToolTakesTheNextArgumentAsItsFile)
 {
-    // Whatever the tool does with it, nothing behind it is taken for a switch.
-    const TempDir dir;
-    const CliResult behind = RunKelvorig({"/trackref_from_imu", dir.File("imu.json"), "/bogus"});
-    EXPECT_EQ(behind.err.find("Unrecognized"), std::string::npos) << behind.err;
+    const CliResult sample = RunKelvorig({"/model", "m.json", "/trackref_from_imu"});
+    EXPECT_EQ(sample.status, 0) << sample.err;
+    EXPECT_NE(sample.out.find("\"imu_plusz_in_trackref\""), std::string::npos) << sample.out;
+
+    // "/generate" is the file here, and "/bogus" is never seen.
+    const CliResult file = RunKelvorig({"/trackref_from_imu", "/generate", "/bogus"});
+    EXPECT_EQ(file.status, 1);
+    EXPECT_NE(file.err.find("/generate"), std::string::npos) << file.err;
+    EXPECT_EQ(file.err.find("Unrecognized"), std::string::npos) << file.err;
+    EXPECT_EQ(file.err.find("requires"), std::string::npos) << file.err;
 }
 
 } // namespace

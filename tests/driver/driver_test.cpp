@@ -1,4 +1,5 @@
 #include "support/cli_runner.h"
+#include "support/test_meshes.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,9 @@ using test::CliResult;
 using test::RunKelvorig;
 using test::TempDir;
 using test::WriteFile;
+
+// The front shell of a headset as a box, 180 x 110 x 90 mm, in metres.
+const Eigen::Vector3f kShellSize(0.18f, 0.11f, 0.09f);
 
 bool EndsWith(const std::string& text, const std::string& end)
 {
@@ -91,6 +95,33 @@ TEST(Loading, SurfaceThatCannotBeBuiltNamesEveryMesh)
         EXPECT_TRUE(EndsWith(result.err, c.end)) << result.err;
         EXPECT_EQ(result.out, "");
     }
+}
+
+TEST(Loading, InputPointsOffTheSurfaceAreWarnedOfAndTheRunGoesOn)
+{
+    const TempDir dir;
+    test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(kShellSize));
+    // The entry with id -1 is no sensor, so the warning counts the sensors from the second.
+    WriteFile(dir.File("m.json"), R"({"channelMap": [-1, 4, 2],
+        "modelPoints": [[0, 0, 0.045], [0.25, -1.5, 3], [0.09, 0.01, 0]],
+        "modelNormals": [[0, 0, 1], [0, 0, 1], [1, 0, 0]]})");
+    const CliResult result =
+        RunKelvorig({"/model", "m.json", "/sensors", "shell.stl", "/outscad", "m.scad"}, dir.path());
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "WARNING: Input model point 0 doesn't seem to be on the supplied sensor surface at "
+                          "0.25 -1.5    3\n");
+}
+
+TEST(Loading, ObstaclesTakePartInBuildingTheSurface)
+{
+    const TempDir dir;
+    test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(kShellSize));
+    WriteFile(dir.File("m.json"), R"({"channelMap": [0], "modelPoints": [[0, 0, 0.045]], "modelNormals": [[0, 0, 1]]})");
+    const CliResult result = RunKelvorig(
+        {"/model", "m.json", "/sensors", "shell.stl", "/obstacles", "missing.stl", "/outscad", "m.scad"}, dir.path());
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(EndsWith(result.err, "Could not build tracked surface from \"shell.stl\" and \"missing.stl\"\n"))
+        << result.err;
 }
 
 } // namespace

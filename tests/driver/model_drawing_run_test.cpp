@@ -1,4 +1,5 @@
 #include "support/cli_runner.h"
+#include "support/test_meshes.h"
 
 #include <gtest/gtest.h>
 
@@ -89,6 +90,55 @@ TEST(ModelDrawing, TakesPrecedenceOverTheAnalysisSwitches)
     EXPECT_EQ(ReadFile(dir.File("m.scad")), Drawing("m.json", "\t\tcylinder(r = 0.0025, h = 0.001);\n"));
 }
 
+// The drawing from its first line up to the sensor list, and from there to its end.
+std::string Head(const std::string& drawing)
+{
+    return drawing.substr(0, drawing.find("sensors = ["));
+}
+
+std::string Rest(const std::string& drawing)
+{
+    return drawing.substr(drawing.find("sensors = ["));
+}
+
+TEST(ModelDrawing, ImportsTheSurfaceMeshesScaledToMillimetres)
+{
+    const TempDir dir;
+    WriteFile(dir.File("m.json"), kModel);
+    test::WriteBinaryStl(dir.File("shell_m.stl"), test::MakeBox(Eigen::Vector3f(0.18f, 0.11f, 0.09f)));
+    test::WriteTextStl(dir.File("shell_mm.stl"), test::MakeBox(Eigen::Vector3f(180, 110, 90)));
+    test::WriteBinaryStl(dir.File("strap.stl"), test::MakeBox(Eigen::Vector3f(20, 20, 20), Eigen::Vector3f(0, 0, -80)));
+
+    const CliResult metres = RunKelvorig(
+        {"/model", "m.json", "/sensors", "shell_m.stl", "/outscad", "m.scad", "/verifycoverage", "50"}, dir.path());
+    EXPECT_EQ(metres.status, 0) << metres.err;
+    // /verifycoverage draws no seats here: the model drawing comes first.
+    EXPECT_EQ(Rest(ReadFile(dir.File("m.scad"))), Rest(Drawing("m.json", "\t\tcylinder(r = 0.0025, h = 0.001);\n")));
+    EXPECT_EQ(Head(ReadFile(dir.File("m.scad"))), "/* From m.json*/\n"
+                                                   "\n"
+                                                   "\n"
+                                                   "$fn = 40;\n"
+                                                   "\n"
+                                                   "scale([1000, 1000, 1000]) {\n"
+                                                   "\tcolor(\"orange\") import(\"shell_m.stl\", convexity = 4);\n"
+                                                   "}\n"
+                                                   "\n");
+
+    const CliResult millimetres = RunKelvorig(
+        {"/model", "m.json", "/sensors", "shell_mm.stl", "/obstacles", "strap.stl", "/outscad", "mm.scad"}, dir.path());
+    EXPECT_EQ(millimetres.status, 0) << millimetres.err;
+    EXPECT_EQ(Head(ReadFile(dir.File("mm.scad"))), "/* From m.json*/\n"
+                                                    "\n"
+                                                    "\n"
+                                                    "$fn = 40;\n"
+                                                    "\n"
+                                                    "scale([1, 1, 1]) {\n"
+                                                    "\tcolor(\"orange\") import(\"shell_mm.stl\", convexity = 4);\n"
+                                                    "\tcolor(\"white\") import(\"strap.stl\", convexity = 4);\n"
+                                                    "}\n"
+                                                    "\n");
+}
+
 TEST(ModelDrawing, BundledExampleDrawsOneRowPerSensor)
 {
     const TempDir dir;
@@ -108,7 +158,13 @@ TEST(ModelDrawing, OpenScadAcceptsTheDrawing)
         GTEST_SKIP() << "openscad is not on PATH";
     const TempDir dir;
     WriteFile(dir.File("m.json"), kModel);
-    ASSERT_EQ(RunKelvorig({"/model", "m.json", "/outscad", "m.scad", "/withscadnormals"}, dir.path()).status, 0);
+    test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(Eigen::Vector3f(180, 110, 90)));
+    test::WriteTextStl(dir.File("strap.stl"), test::MakeBox(Eigen::Vector3f(20, 20, 20), Eigen::Vector3f(0, 0, -80)));
+    ASSERT_EQ(RunKelvorig({"/model", "m.json", "/sensors", dir.File("shell.stl"), "/obstacles", "strap.stl",
+                           "/outscad", "m.scad", "/withscadnormals"},
+                          dir.path())
+                  .status,
+              0);
     const std::string command =
         "cd '" + dir.path() + "' && openscad -o out.csg m.scad > openscad.log 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(dir.File("openscad.log"));
