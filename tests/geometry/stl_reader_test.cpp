@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 
 namespace kelvorig {
@@ -75,10 +76,10 @@ TEST(StlReaderTest, TextFacetsBecomeATriangleSoup)
     ASSERT_EQ(result.normals.size(), 4u);
     for (int32_t t = 0; t < 4; ++t)
         EXPECT_EQ(result.facets[t], (std::vector<int32_t>{3 * t, 3 * t + 1, 3 * t + 2}));
-    EXPECT_EQ(result.vertices[3], (std::vector<float>{0.0f, 0.0f, 0.0f}));
-    EXPECT_EQ(result.vertices[4], (std::vector<float>{2.0f, 0.0f, 0.0f}));
-    EXPECT_EQ(result.vertices[5], (std::vector<float>{0.0f, 0.0f, 2.0f}));
-    EXPECT_EQ(result.normals[1], (std::vector<float>{0.0f, -1.0f, 0.0f}));
+    EXPECT_EQ(result.vertices[3], (std::array<float, 3>{0.0f, 0.0f, 0.0f}));
+    EXPECT_EQ(result.vertices[4], (std::array<float, 3>{2.0f, 0.0f, 0.0f}));
+    EXPECT_EQ(result.vertices[5], (std::array<float, 3>{0.0f, 0.0f, 2.0f}));
+    EXPECT_EQ(result.normals[1], (std::array<float, 3>{0.0f, -1.0f, 0.0f}));
 }
 
 TEST(StlReaderTest, BinaryFacetsBecomeATriangleSoup)
@@ -93,11 +94,11 @@ TEST(StlReaderTest, BinaryFacetsBecomeATriangleSoup)
         const int32_t first = static_cast<int32_t>(3 * t);
         EXPECT_EQ(result.facets[t], (std::vector<int32_t>{first, first + 1, first + 2}));
         const Eigen::Vector3f n = box.FacetNormal(t);
-        EXPECT_EQ(result.normals[t], (std::vector<float>{n.x(), n.y(), n.z()}));
+        EXPECT_EQ(result.normals[t], (std::array<float, 3>{n.x(), n.y(), n.z()}));
         for (int k = 0; k < 3; ++k)
         {
             const Eigen::Vector3f& v = box.vertices[box.triangles[t][k]];
-            EXPECT_EQ(result.vertices[3 * t + k], (std::vector<float>{v.x(), v.y(), v.z()}));
+            EXPECT_EQ(result.vertices[3 * t + k], (std::array<float, 3>{v.x(), v.y(), v.z()}));
         }
     }
 }
@@ -109,7 +110,7 @@ TEST(StlReaderTest, SharedEdgesAndZeroNormalsAreKeptAsWritten)
         "facet normal 0 0 1\nouter loop\nvertex 1 0 0\nvertex 1 1 0\nvertex 0 1 0\nendloop\nendfacet\nendsolid pair\n");
     ASSERT_TRUE(result.ok) << result.err;
     EXPECT_EQ(result.vertices.size(), 6u);
-    EXPECT_EQ(result.normals[0], (std::vector<float>{0.0f, 0.0f, 0.0f}));
+    EXPECT_EQ(result.normals[0], (std::array<float, 3>{0.0f, 0.0f, 0.0f}));
     EXPECT_EQ(result.vertices[1], result.vertices[3]);
 }
 
