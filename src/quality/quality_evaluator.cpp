@@ -12,10 +12,17 @@ namespace {
 // so a failed pose always costs more than the worst pose that succeeds.
 constexpr double kFailedPoseCost = 2.0;
 
+// The default shape of a pose's term: tanh(100·s - 2) + tanh(2).
+constexpr double kDefaultGain = 100.0;
+constexpr double kDefaultBias = -2.0;
+
 } // namespace
 
 QualityEvaluator::QualityEvaluator()
-    : measurementWeights_(MeasurementWeights()), scoreOffset_(-std::tanh(scoreBias_))
+    : measurementWeights_(MeasurementWeights()),
+      scoreOffset_(-std::tanh(kDefaultBias)),
+      scoreGain_(kDefaultGain),
+      scoreBias_(kDefaultBias)
 {
 }
 

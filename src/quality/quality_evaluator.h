@@ -87,8 +87,8 @@ private:
     Eigen::MatrixXd measurementWeights_;  // 64 by 64
     PoseVector poseVector_ = kInitialPoseVector;
     double scoreOffset_;
-    double scoreGain_ = 100.0;
-    double scoreBias_ = -2.0;
+    double scoreGain_;
+    double scoreBias_;
     BaseStationModel baseStation_;
     std::vector<BaseStationPose> poses_;
     double scoreScale_ = 1.0;

@@ -1,0 +1,194 @@
+#include "quality/quality_evaluator.h"
+
+#include "quality/reference_pose_error.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace kelvorig {
+namespace {
+
+using test::MakeLayout;
+
+// Six sensors on a 20 cm box corner, facing out along ±X, ±Y, ±Z in pairs.
+SensorLayout SpreadLayout()
+{
+    std::vector<Eigen::Vector3f> points, normals;
+    const Eigen::Vector3f axes[] = {Eigen::Vector3f::UnitX(), Eigen::Vector3f::UnitY(), Eigen::Vector3f::UnitZ()};
+    for (const Eigen::Vector3f& axis : axes)
+    {
+        for (float sign : {1.0f, -1.0f})
+        {
+            for (const float offset : {0.03f, -0.04f})
+            {
+                const Eigen::Vector3f side = Eigen::Vector3f(axis.y(), axis.z(), axis.x()) * offset;
+                points.push_back(axis * 0.1f * sign + side + Eigen::Vector3f(0.01f, 0.02f, -0.015f));
+                normals.push_back(axis * sign + Eigen::Vector3f(0.1f, -0.05f, 0.07f));
+            }
+        }
+    }
+    return MakeLayout(points, normals);
+}
+
+TEST(QualityEvaluator, ConstructionDefaults)
+{
+    const QualityEvaluator evaluator;
+    EXPECT_EQ(evaluator.poseVector(), (PoseVector{0.0, 0.0, -2.0, 1.0, 0.0, 0.0, 0.0}));
+    EXPECT_EQ(evaluator.scoreOffset(), 0.9640275800758169);
+    EXPECT_EQ(evaluator.scoreGain(), 100.0);
+    EXPECT_EQ(evaluator.scoreBias(), -2.0);
+    EXPECT_EQ(evaluator.scoreScale(), 1.0);
+    EXPECT_EQ(evaluator.baseStationModel().kind, 0);
+    EXPECT_EQ(evaluator.baseStationModel().tiltRadians, 0.5);
+    EXPECT_TRUE(evaluator.poses().empty());
+    EXPECT_EQ(evaluator.visibility(), nullptr);
+}
+
+TEST(QualityEvaluator, NoPosesScoresZeroAndCountZeroIsNaN)
+{
+    const SensorLayout layout = SpreadLayout();
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    EXPECT_EQ(evaluator.EvaluateQuality(), 0.0);
+    evaluator.SampleOrientations(0);
+    EXPECT_TRUE(std::isnan(evaluator.EvaluateQuality()));
+}
+
+// With nothing to see every pose costs the penalty: the score's ceiling of 1000.
+TEST(QualityEvaluator, EmptyLayoutScoresThousand)
+{
+    const SensorLayout empty = MakeLayout({}, {});
+    QualityEvaluator evaluator;
+    evaluator.SetModel(empty);
+    evaluator.SampleOrientations(50);
+    EXPECT_EQ(evaluator.EvaluateQuality(), 1000.0);
+
+    QualityEvaluator noModel;
+    noModel.SampleOrientations(50);
+    EXPECT_EQ(noModel.EvaluateQuality(), 1000.0);
+}
+
+// The first pose is +Z with a NaN record: it costs 2.0 whatever the layout, so one pose
+// scores 1000.
+TEST(QualityEvaluator, FirstPoseAlwaysCostsThePenalty)
+{
+    const SensorLayout layout = SpreadLayout();
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SampleOrientations(1);
+    EXPECT_EQ(evaluator.EvaluateQuality(), 1000.0);
+    EXPECT_EQ(evaluator.PoseTerm(evaluator.poses()[0]), 2.0);
+}
+
+// A pose of zero error adds tanh(b) + c, exactly 0, for the default shape and any range.
+TEST(QualityEvaluator, ZeroErrorAddsNothing)
+{
+    QualityEvaluator evaluator;
+    EXPECT_EQ(std::tanh(evaluator.scoreGain() * 0.0 + evaluator.scoreBias()) + evaluator.scoreOffset(), 0.0);
+    evaluator.SetQualityRange(0.001, 0.02);
+    EXPECT_EQ(std::tanh(evaluator.scoreGain() * 0.0 + evaluator.scoreBias()) + evaluator.scoreOffset(), 0.0);
+}
+
+TEST(QualityEvaluator, SetQualityRangeCoefficients)
+{
+    QualityEvaluator evaluator;
+    evaluator.SetQualityRange(0.002, 0.01);
+    const double a = 3.6369 / (0.01 - 0.002);
+    const double b = -0.5 * (0.002 + 0.01) * a;
+    EXPECT_EQ(evaluator.scoreGain(), a);
+    EXPECT_EQ(evaluator.scoreBias(), b);
+    EXPECT_EQ(evaluator.scoreOffset(), -std::tanh(b));
+    // tanh swings through ±0.9486836521261177 between low and high.
+    EXPECT_NEAR(evaluator.scoreGain() * 0.002 + evaluator.scoreBias(), -1.81845, 1e-12);
+    EXPECT_NEAR(evaluator.scoreGain() * 0.01 + evaluator.scoreBias(), 1.81845, 1e-12);
+
+    evaluator.SetQualityRange(0.005, 0.005);
+    EXPECT_TRUE(std::isinf(evaluator.scoreGain()));
+}
+
+// Each pose's term is the squashed pose error of an independent computation, and the
+// score is scoreScale times their sum.
+TEST(QualityEvaluator, TermsMatchIndependentPoseError)
+{
+    SensorLayout layout = SpreadLayout();
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SampleOrientations(40);
+
+    double sum = 0.0;
+    int scored = 0;
+    for (const BaseStationPose& pose : evaluator.poses())
+    {
+        const double term = evaluator.PoseTerm(pose);
+        sum += term;
+        const Eigen::Vector3d v(pose.direction[0], pose.direction[1], pose.direction[2]);
+        if (std::isnan(pose.quaternion.w))
+        {
+            EXPECT_EQ(term, 2.0);
+            continue;
+        }
+        const Eigen::Matrix3d rotation = test::RotationOntoZ(v);
+        const Eigen::Vector3d translation(0.0, 0.0, -2.0);
+        std::vector<Eigen::Vector3d> seen;
+        for (size_t i = 0; i < layout.SensorCount(); ++i)
+        {
+            const Eigen::Vector3d placed = rotation * layout.positions[i] + translation;
+            if ((rotation * layout.normals[i]).dot(-placed.normalized()) > layout.cosMaxIncidence)
+                seen.push_back(layout.positions[i]);
+        }
+        if (seen.empty())
+        {
+            EXPECT_EQ(term, 2.0);
+            continue;
+        }
+        test::ReferencePose reference;
+        reference << translation, Eigen::Vector3d(pose.rotationVector[0], pose.rotationVector[1], pose.rotationVector[2]);
+        const Eigen::Matrix<double, 6, 1> d = test::ReferenceVariances(reference, seen);
+        const double error = std::sqrt(d[0] + d[1] + d[2]) + std::sqrt(d[3] + d[4] + d[5]);
+        if (seen.size() >= 3 && !std::isnan(error))
+        {
+            EXPECT_NEAR(term, std::tanh(100.0 * error - 2.0) + std::tanh(2.0), 1e-6) << "pose with " << seen.size();
+            ++scored;
+        }
+    }
+    EXPECT_GT(scored, 15);
+    EXPECT_EQ(evaluator.EvaluateQuality(), evaluator.scoreScale() * sum);
+}
+
+// The score follows sensors moved in place, with no rebuild in between.
+TEST(QualityEvaluator, SeesSensorsMovedInPlace)
+{
+    SensorLayout layout = SpreadLayout();
+    layout.cosMaxIncidence = -1.0;  // every sensor seen from everywhere
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SampleOrientations(60);
+    const double before = evaluator.EvaluateQuality();
+    EXPECT_EQ(evaluator.EvaluateQuality(), before);  // repeatable
+    for (Eigen::Vector3d& p : layout.positions)
+        p *= 0.5;  // a smaller constellation tracks worse
+    const double after = evaluator.EvaluateQuality();
+    EXPECT_GT(after, before);
+    EXPECT_LE(after, 1000.0);
+}
+
+// The penalty of 2.0 is above any term that succeeds, whose ceiling is 1 + c.
+TEST(QualityEvaluator, FailedPoseCostsMoreThanWorstTerm)
+{
+    // Two sensors can't fix six parameters: every pose that sees them is saturated or fails.
+    const SensorLayout layout =
+        MakeLayout({Eigen::Vector3f(0.05f, 0, 0), Eigen::Vector3f(-0.05f, 0, 0)},
+                   {Eigen::Vector3f::UnitZ(), Eigen::Vector3f::UnitZ()});
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SampleOrientations(30);
+    for (const BaseStationPose& pose : evaluator.poses())
+    {
+        const double term = evaluator.PoseTerm(pose);
+        EXPECT_TRUE(term == 2.0 || term > 1.9) << term;
+    }
+}
+
+} // namespace
+} // namespace kelvorig
