@@ -1,7 +1,7 @@
 #include "driver/generate_run.h"
 
 #include "geometry/angles.h"
-#include "optimiser/box_surface.h"
+#include "optimiser/mesh_surface.h"
 #include "quality/quality_evaluator.h"
 #include "support/cli_runner.h"
 
@@ -20,10 +20,11 @@ namespace {
 constexpr int32_t kOrientations = 20;
 
 // The arguments of a quick generate run on the test box: few orientations, a short schedule.
-std::vector<std::string> QuickGenerate(const test::BoxSurface& box, std::vector<std::string> outputs)
+std::vector<std::string> QuickGenerate(const test::MeshSurface& box, std::vector<std::string> outputs)
 {
     std::vector<std::string> arguments = {"/generate", "/nsensors", "5", "/sensors", box.path(),
-                                          "/norientations", "20", "/niterations", "1", "/coolingrate", "0.5"};
+                                          "/norientations", "20", "/niterations", "1", "/coolingrate", "0.5",
+                                          "/angleresolutiondegrees", "10"};
     arguments.insert(arguments.end(), outputs.begin(), outputs.end());
     return arguments;
 }
@@ -44,7 +45,7 @@ TEST(OrientationSpacing, TightensTheIncidenceLimitByRadiansTakenFromDegrees)
 
 TEST(GenerateRun, ImmutableCountMustStayBelowSensorCount)
 {
-    test::BoxSurface box;
+    test::MeshSurface box;
     test::TempDir dir;
     const std::string model = dir.File("immutable.json");
     test::WriteFile(model, R"({"channelMap": [4, 9],
@@ -72,7 +73,7 @@ TEST(GenerateRun, ImmutableCountMustStayBelowSensorCount)
 
 TEST(GenerateRun, BothFilesCarryTheSameScoreAndJsonAndTheReportFollows)
 {
-    test::BoxSurface box;
+    test::MeshSurface box;
     test::TempDir dir;
     const test::CliResult result = test::RunKelvorig(
         QuickGenerate(box, {"/outmodel", dir.File("out.json"), "/outscad", dir.File("out.scad")}));
@@ -116,7 +117,7 @@ TEST(GenerateRun, BothFilesCarryTheSameScoreAndJsonAndTheReportFollows)
 
 TEST(GenerateRun, OneOutputAloneWritesOnlyThatFile)
 {
-    test::BoxSurface box;
+    test::MeshSurface box;
     {
         test::TempDir dir;
         const test::CliResult result = test::RunKelvorig(QuickGenerate(box, {"/outmodel", dir.File("only.json")}));

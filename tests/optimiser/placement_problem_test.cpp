@@ -2,7 +2,7 @@
 
 #include "geometry/angles.h"
 #include "geometry/tracked_surface.h"
-#include "optimiser/box_surface.h"
+#include "optimiser/mesh_surface.h"
 #include "optimiser/sensor_placement_annealer.h"
 #include "quality/quality_evaluator.h"
 
@@ -29,7 +29,7 @@ struct SolveRun
 SolveRun RunSolve(int32_t nSensors, int32_t nIterations, double coolingRate, const SensorLayout* immutable = nullptr,
                   double qualityLow = -1.0, double qualityHigh = -1.0)
 {
-    test::BoxSurface box;
+    test::MeshSurface box;
     PlacementProblem problem(nSensors, box.surface());
     problem.model = immutable;
     problem.nOrientations = kOrientations;
@@ -50,7 +50,7 @@ SolveRun RunSolve(int32_t nSensors, int32_t nIterations, double coolingRate, con
 // Scores a model the way the annealer scored it: same orientations, incidence limit and range.
 double ScoreAsAnnealed(const TrackedObjectModel& model, double qualityLow = -1.0, double qualityHigh = -1.0)
 {
-    test::BoxSurface box;
+    test::MeshSurface box;
     SensorLayout layout(model, kIdentityTransform);
     layout.cosMaxIncidence = std::cos(DegreesToRadians(60.0));
     QualityEvaluator evaluator;
@@ -81,7 +81,7 @@ std::string MovesOnly(const std::string& console)
 
 TEST(PlacementProblem, DefaultsAreTheOptimisersOwn)
 {
-    test::BoxSurface box;
+    test::MeshSurface box;
     const PlacementProblem problem(7, box.surface());
     EXPECT_EQ(problem.model, nullptr);
     EXPECT_EQ(problem.nSensors, 7);
@@ -127,7 +127,7 @@ TEST(PlacementProblem, NoIterationsReturnsTheFirstLayoutAndItsScore)
 {
     const SolveRun run = RunSolve(5, 0, 0.96);
 
-    test::BoxSurface box;
+    test::MeshSurface box;
     PlacementLayout first(5);
     PlacementProblem(5, box.surface()).PlaceInitialSensors(first);
     EXPECT_EQ(run.model.modelPoints, first.ToModel().modelPoints);
@@ -177,7 +177,7 @@ TEST(PlacementProblem, ImmutableSensorsComeFirstAndEverySensorSitsOnTheSurface)
     EXPECT_EQ(run.model.modelPoints[1], input.modelPoints[1]);
     EXPECT_EQ(run.model.modelNormals[1], input.modelNormals[1]);
 
-    test::BoxSurface box;
+    test::MeshSurface box;
     for (size_t i = 0; i < run.model.modelPoints.size(); ++i)
         EXPECT_TRUE(box.surface().IsOnSensorSurface(run.model.modelPoints[i], run.model.modelNormals[i])) << i;
 }
@@ -186,11 +186,11 @@ TEST(PlacementProblem, InitialSensorsSpreadOverTheSurface)
 {
     // Best-candidate seeding: no two sensors of the first layout on the box come closer
     // than a small fraction of its size, and the first takes the first candidate.
-    test::BoxSurface box;
+    test::MeshSurface box;
     PlacementLayout layout(8);
     PlacementProblem(8, box.surface()).PlaceInitialSensors(layout);
 
-    test::BoxSurface reference;
+    test::MeshSurface reference;
     Eigen::Vector3f position, normal;
     reference.surface().SampleSeat(position, normal);
     EXPECT_EQ(layout.positions[0], position.cast<double>());

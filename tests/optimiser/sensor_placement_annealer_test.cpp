@@ -2,7 +2,7 @@
 
 #include "geometry/tracked_surface.h"
 #include "optimiser/placement_problem.h"
-#include "optimiser/box_surface.h"
+#include "optimiser/mesh_surface.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ SensorPlacementAnnealer MakeAnnealer(PlacementLayout& layout, TrackedSurface& su
 
 TEST(SensorPlacementAnnealer, OneMovableSensorMovesWithoutAnIndexDraw)
 {
-    test::BoxSurface box;
+    test::MeshSurface box;
     PlacementLayout layout = SeatedLayout(box.surface(), 3, 2);
     SensorPlacementAnnealer annealer = MakeAnnealer(layout, box.surface());
 
@@ -47,7 +47,7 @@ TEST(SensorPlacementAnnealer, OneMovableSensorMovesWithoutAnIndexDraw)
 
 TEST(SensorPlacementAnnealer, IndexIsDrawnUniformlyOverMovableSensorsOnly)
 {
-    test::BoxSurface box;
+    test::MeshSurface box;
     PlacementLayout layout = SeatedLayout(box.surface(), 5, 2);
     SensorPlacementAnnealer annealer = MakeAnnealer(layout, box.surface());
 
@@ -67,7 +67,7 @@ TEST(SensorPlacementAnnealer, IndexIsDrawnUniformlyOverMovableSensorsOnly)
 
 TEST(SensorPlacementAnnealer, UndoRestoresTheMovedSensorExactlyAndImmutablesNeverMove)
 {
-    test::BoxSurface box;
+    test::MeshSurface box;
     PlacementLayout layout = SeatedLayout(box.surface(), 4, 1);
     const PlacementLayout before = layout;
     SensorPlacementAnnealer annealer = MakeAnnealer(layout, box.surface());
@@ -88,40 +88,54 @@ TEST(SensorPlacementAnnealer, UndoRestoresTheMovedSensorExactlyAndImmutablesNeve
     EXPECT_GT(changed, 25);
 }
 
-TEST(SensorPlacementAnnealer, LocalMovesAtLowTemperatureKeepTheFaceDirection)
+TEST(SensorPlacementAnnealer, LocalMovesFollowTheNormalMoreTightlyAsTemperatureFalls)
 {
-    // On a box every facet normal is an axis, so a local move near the stop temperature
-    // (limit about 0.96) can only pick a seat whose normal is the sensor's own.
-    test::BoxSurface box;
-    PlacementLayout layout = SeatedLayout(box.surface(), 2, 1);
-    SensorPlacementAnnealer annealer = MakeAnnealer(layout, box.surface());
+    // A plate whose top and bottom hold nearly all the area: from the top, a local move near
+    // the stop temperature (limit about 0.96) finds another seat on the top within its 20
+    // tries, while at the start temperature (limit below -1) the first seat of any face
+    // will do. A global move goes anywhere. Which kind a move is follows from the engine.
+    test::MeshSurface plate(test::MakePlate(0.2f, 0.01f));
+    PlacementLayout layout = SeatedLayout(plate.surface(), 2, 1);
+    SensorPlacementAnnealer annealer = MakeAnnealer(layout, plate.surface());
+    const Eigen::Vector3d up(0.0, 0.0, 1.0);
 
-    RandomEngine reference(kAnnealerSeed);
-    int local = 0;
-    int global = 0;
-    testing::internal::CaptureStderr();
-    for (int move = 0; move < 60; ++move)
+    struct Counts
     {
-        const Eigen::Vector3d oldNormal = layout.normals[1];
-        annealer.MoveOneSensor(kStopTemperature);
-        if (DrawUnit(reference) > 0.1)
+        int localOffTop = 0;
+        int local = 0;
+        int global = 0;
+    };
+    RandomEngine reference(kAnnealerSeed);
+    const auto run = [&](double temperature)
+    {
+        Counts counts;
+        for (int move = 0; move < 80; ++move)
         {
-            ++local;
-            EXPECT_EQ(layout.normals[1], oldNormal) << move;
+            layout.positions[1] = Eigen::Vector3d::Zero();
+            layout.normals[1] = up;
+            annealer.MoveOneSensor(temperature);
+            const bool local = DrawUnit(reference) > 0.1;
+            counts.local += local;
+            counts.global += !local;
+            counts.localOffTop += local && layout.normals[1] != up;
         }
-        else
-        {
-            ++global;
-        }
-    }
+        return counts;
+    };
+
+    testing::internal::CaptureStderr();
+    const Counts cold = run(kStopTemperature);
+    const Counts hot = run(kStartTemperature);
     testing::internal::GetCapturedStderr();
-    EXPECT_GT(local, 0);
-    EXPECT_GT(global, 0);
+    EXPECT_EQ(annealer.engine(), reference);
+    EXPECT_GT(cold.local, 60);
+    EXPECT_GT(cold.global, 0);
+    EXPECT_EQ(cold.localOffTop, 0);
+    EXPECT_GT(hot.localOffTop, 20);
 }
 
 TEST(SensorPlacementAnnealer, SnapshotIsSilentOnlyTheFirstTime)
 {
-    test::BoxSurface box;
+    test::MeshSurface box;
     PlacementLayout layout = SeatedLayout(box.surface(), 3, 0);
     SensorPlacementAnnealer annealer = MakeAnnealer(layout, box.surface());
 
