@@ -54,6 +54,15 @@ RTCDevice SharedDevice()
     return device;
 }
 
+// Embree takes a ray only when its origin and direction lie within this bound and its
+// limits are numbers; anything else would trip its checks.
+bool IsTraceable(const Eigen::Vector3f& origin, const Eigen::Vector3f& direction, float tnear, float tfar)
+{
+    constexpr float kLargestCoordinate = 1.844e18f;
+    return (origin.array().abs() <= kLargestCoordinate).all() && (direction.array().abs() <= kLargestCoordinate).all() &&
+           !std::isnan(tnear) && !std::isnan(tfar);
+}
+
 } // namespace
 
 struct EmbreeIntersector::Scene
@@ -113,7 +122,8 @@ void EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F, con
 bool EmbreeIntersector::intersectRay(const Eigen::Vector3f& origin, const Eigen::Vector3f& direction, RayHit& hit,
                                      float tnear, float tfar) const
 {
-    if (!scene)
+    // note: a ray that isn't one (from a not-a-number normal, say) meets nothing.
+    if (!scene || !IsTraceable(origin, direction, tnear, tfar))
         return false;
     // note: Embree refuses rays with non-finite or huge coordinates or bounds (an assertion
     // in some builds). Such a ray can't meet a triangle, so it is a miss, as its traversal

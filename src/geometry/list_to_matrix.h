@@ -8,11 +8,11 @@
 
 namespace kelvorig {
 
-// Copies a list of equally long lists into a matrix, one row per outer element and one
+// Copies a list of equally long lists (vectors or arrays) into a matrix, one row per outer element and one
 // column per inner element. An empty list gives a 0 by 0 matrix. Lists of differing lengths
 // print the smallest and largest length on stderr and give false.
-template <typename Scalar, typename Matrix>
-bool list_to_matrix(const std::vector<std::vector<Scalar>>& lists, Matrix& matrix)
+template <typename Inner, typename Matrix>
+bool list_to_matrix(const std::vector<Inner>& lists, Matrix& matrix)
 {
     if (lists.empty())
     {
@@ -21,7 +21,7 @@ bool list_to_matrix(const std::vector<std::vector<Scalar>>& lists, Matrix& matri
     }
     size_t minLength = lists.front().size();
     size_t maxLength = minLength;
-    for (const std::vector<Scalar>& inner : lists)
+    for (const Inner& inner : lists)
     {
         minLength = std::min(minLength, inner.size());
         maxLength = std::max(maxLength, inner.size());

@@ -76,9 +76,8 @@ bool ReadWord(FILE* file, std::string& word)
 }
 
 // Three numbers read as "%g %g %g" into 32-bit floats.
-bool ReadTriple(FILE* file, std::vector<float>& triple)
+bool ReadTriple(FILE* file, std::array<float, 3>& triple)
 {
-    triple.assign(3, 0.0f);
     for (float& value : triple)
     {
         if (std::fscanf(file, "%g", &value) != 1)
@@ -111,7 +110,7 @@ bool ReadTextBody(FILE* file, const std::string& path, FloatLists& vertices, Ind
 
     std::string first;
     std::string second;
-    std::vector<float> triple;
+    std::array<float, 3> triple;
     while (true)
     {
         if (!ReadWord(file, first))
@@ -153,12 +152,11 @@ uint32_t LittleEndianWord(const unsigned char* bytes)
 }
 
 // Three little-endian 32-bit floats; false on a short read.
-bool ReadBinaryTriple(FILE* file, std::vector<float>& triple)
+bool ReadBinaryTriple(FILE* file, std::array<float, 3>& triple)
 {
     std::array<unsigned char, 12> bytes;
     if (std::fread(bytes.data(), 1, bytes.size(), file) != bytes.size())
         return false;
-    triple.resize(3);
     for (size_t k = 0; k < 3; ++k)
         triple[k] = std::bit_cast<float>(LittleEndianWord(bytes.data() + 4 * k));
     return true;
@@ -177,7 +175,7 @@ bool ReadBinaryBody(FILE* file, const std::string& path, FloatLists& vertices, I
 
     // note: the lists grow as facets arrive instead of being sized from the count, so a
     // count far beyond the file's length fails at the short read rather than in allocation.
-    std::vector<float> triple;
+    std::array<float, 3> triple;
     for (int32_t t = 0; t < count; ++t)
     {
         if (!ReadBinaryTriple(file, triple))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -7,8 +8,9 @@
 namespace kelvorig {
 
 // Lists between an STL file and the mesh matrices: one inner list per vertex, facet or
-// normal. Vertex and normal lists hold 3 floats; a facet lists its vertices' indices.
-using FloatLists = std::vector<std::vector<float>>;
+// normal. Vertices and normals are 3 floats; a facet lists its vertices' indices, as many
+// as the file gives it.
+using FloatLists = std::vector<std::array<float, 3>>;
 using IndexLists = std::vector<std::vector<int32_t>>;
 
 // Reads a text or binary STL (told apart by contents, never by extension) as a triangle

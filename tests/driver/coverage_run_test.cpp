@@ -76,8 +76,9 @@ TEST(CoverageRun, SeatsLieOnTheFacesWithTheirNormalsClearOfEdges)
     const TempDir dir;
     const Eigen::Vector3f size(40, 30, 20);
     WriteBinaryStl(dir.File("box.stl"), MakeBox(size));
-    const std::vector<Seat> seats =
-        Coverage(dir, {"/verifycoverage", "1000", "/outscad", "coverage.scad", "/sensors", "box.stl"});
+    // The coverage run draws with the surface's own limit: /maxsurfaceangle tilts nothing.
+    const std::vector<Seat> seats = Coverage(
+        dir, {"/verifycoverage", "1000", "/outscad", "coverage.scad", "/sensors", "box.stl", "/maxsurfaceangle", "45"});
     ASSERT_EQ(seats.size(), 1000u);
     const Eigen::Vector3f half = 0.0005f * size;
     for (const Seat& seat : seats)

@@ -233,6 +233,28 @@ TEST(EmbreeIntersectorTest, EmptyMeshesLeaveItUninitialised)
     EXPECT_FALSE(intersector.isInitialised());
 }
 
+TEST(EmbreeIntersectorTest, RaysThatAreNotNumbersMeetNothing)
+{
+    VertexMatrix V;
+    TriangleMatrix F;
+    ToMatrices(test::MakeBox(Eigen::Vector3f(2, 2, 2)), V, F);
+    EmbreeIntersector intersector;
+    intersector.init(V, F);
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float inf = std::numeric_limits<float>::infinity();
+    const Eigen::Vector3f centre = Eigen::Vector3f::Zero();
+    const Eigen::Vector3f up = Eigen::Vector3f::UnitZ();
+    RayHit hit;
+    hit.primitiveId = -7;
+    EXPECT_FALSE(intersector.intersectRay(Eigen::Vector3f(nan, 0, 0), up, hit));
+    EXPECT_FALSE(intersector.intersectRay(centre, Eigen::Vector3f(0, nan, 1), hit));
+    EXPECT_FALSE(intersector.intersectRay(Eigen::Vector3f(0, 0, -inf), up, hit));
+    EXPECT_FALSE(intersector.intersectRay(centre, up, hit, nan, 10.0f));
+    EXPECT_FALSE(intersector.intersectRay(centre, up, hit, 0.0f, nan));
+    EXPECT_EQ(hit.primitiveId, -7);
+    EXPECT_TRUE(intersector.intersectRay(centre, up, hit, 0.0f, inf));
+}
+
 TEST(EmbreeIntersectorTest, RebuildReplacesTheMesh)
 {
     VertexMatrix V;

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace kelvorig {
 namespace {
 
@@ -21,6 +23,9 @@ TEST(ListToMatrixTest, CopiesEquallyLongListsRowByRow)
     Eigen::MatrixXf matrix;
     ASSERT_TRUE(list_to_matrix(std::vector<std::vector<float>>{{1, 2, 3}, {4, 5, 6}}, matrix));
     EXPECT_EQ(matrix, (Eigen::MatrixXf(2, 3) << 1, 2, 3, 4, 5, 6).finished());
+
+    ASSERT_TRUE(list_to_matrix(std::vector<std::array<float, 3>>{{7, 8, 9}}, matrix));
+    EXPECT_EQ(matrix, Eigen::RowVector3f(7, 8, 9));
 
     TriangleMatrix wide;
     ASSERT_TRUE(list_to_matrix(std::vector<std::vector<int32_t>>{{0, 1, 2, 3}}, wide));

@@ -306,6 +306,44 @@ TEST(SeatSamplingTest, SampleSeatNearBelowMinusOneTakesTheFirstSeat)
     }
 }
 
+TEST(SeatSamplingTest, FacetWithAZeroNormalStillTakesSeats)
+{
+    // Two open 100 mm facets; the upper one states a zero normal.
+    const TempDir dir;
+    WriteFile(dir.File("zero.stl"),
+              "solid z\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 100 0 0\nvertex 0 100 0\nendloop\nendfacet\n"
+              "facet normal 0 0 0\nouter loop\nvertex 0 0 50\nvertex 100 0 50\nvertex 0 100 50\nendloop\nendfacet\n"
+              "endsolid z\n");
+    TrackedSurface surface(dir.File("zero.stl"), {}, kSeed);
+    int notANumber = 0;
+    for (int i = 0; i < 200; ++i)
+    {
+        Eigen::Vector3f position;
+        Eigen::Vector3f normal;
+        ASSERT_TRUE(surface.SampleSeat(position, normal));
+        if (std::isnan(normal.x()))
+        {
+            ++notANumber;
+            EXPECT_FLOAT_EQ(position.z(), 0.05f);
+        }
+        else
+        {
+            EXPECT_EQ(normal, Eigen::Vector3f::UnitZ());
+        }
+    }
+    EXPECT_GT(notANumber, 50);
+    EXPECT_LT(notANumber, 150);
+    // It can spend the budget of a near seat but never be its best.
+    for (int i = 0; i < 50; ++i)
+    {
+        Eigen::Vector3f position;
+        Eigen::Vector3f normal = Eigen::Vector3f::UnitZ();
+        ASSERT_TRUE(surface.SampleSeatNear(position, normal, 2.0f));
+        EXPECT_EQ(normal, Eigen::Vector3f::UnitZ());
+        EXPECT_EQ(position.z(), 0.0f);
+    }
+}
+
 TEST(SeatSamplingTest, IsOnSensorSurfaceLooksAboveAndBelow)
 {
     // A 40 mm box with a 5 mm slot cut over part of its top: a roof 6 mm above the top face.

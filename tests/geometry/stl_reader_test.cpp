@@ -1,10 +1,14 @@
 #include "geometry/stl_reader.h"
 
+#include "geometry/random_draws.h"
+
 #include "support/cli_runner.h"
 #include "support/test_meshes.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace kelvorig {
@@ -75,10 +79,10 @@ TEST(StlReaderTest, TextFacetsBecomeATriangleSoup)
     ASSERT_EQ(result.normals.size(), 4u);
     for (int32_t t = 0; t < 4; ++t)
         EXPECT_EQ(result.facets[t], (std::vector<int32_t>{3 * t, 3 * t + 1, 3 * t + 2}));
-    EXPECT_EQ(result.vertices[3], (std::vector<float>{0.0f, 0.0f, 0.0f}));
-    EXPECT_EQ(result.vertices[4], (std::vector<float>{2.0f, 0.0f, 0.0f}));
-    EXPECT_EQ(result.vertices[5], (std::vector<float>{0.0f, 0.0f, 2.0f}));
-    EXPECT_EQ(result.normals[1], (std::vector<float>{0.0f, -1.0f, 0.0f}));
+    EXPECT_EQ(result.vertices[3], (std::array<float, 3>{0.0f, 0.0f, 0.0f}));
+    EXPECT_EQ(result.vertices[4], (std::array<float, 3>{2.0f, 0.0f, 0.0f}));
+    EXPECT_EQ(result.vertices[5], (std::array<float, 3>{0.0f, 0.0f, 2.0f}));
+    EXPECT_EQ(result.normals[1], (std::array<float, 3>{0.0f, -1.0f, 0.0f}));
 }
 
 TEST(StlReaderTest, BinaryFacetsBecomeATriangleSoup)
@@ -93,11 +97,11 @@ TEST(StlReaderTest, BinaryFacetsBecomeATriangleSoup)
         const int32_t first = static_cast<int32_t>(3 * t);
         EXPECT_EQ(result.facets[t], (std::vector<int32_t>{first, first + 1, first + 2}));
         const Eigen::Vector3f n = box.FacetNormal(t);
-        EXPECT_EQ(result.normals[t], (std::vector<float>{n.x(), n.y(), n.z()}));
+        EXPECT_EQ(result.normals[t], (std::array<float, 3>{n.x(), n.y(), n.z()}));
         for (int k = 0; k < 3; ++k)
         {
             const Eigen::Vector3f& v = box.vertices[box.triangles[t][k]];
-            EXPECT_EQ(result.vertices[3 * t + k], (std::vector<float>{v.x(), v.y(), v.z()}));
+            EXPECT_EQ(result.vertices[3 * t + k], (std::array<float, 3>{v.x(), v.y(), v.z()}));
         }
     }
 }
@@ -109,7 +113,7 @@ TEST(StlReaderTest, SharedEdgesAndZeroNormalsAreKeptAsWritten)
         "facet normal 0 0 1\nouter loop\nvertex 1 0 0\nvertex 1 1 0\nvertex 0 1 0\nendloop\nendfacet\nendsolid pair\n");
     ASSERT_TRUE(result.ok) << result.err;
     EXPECT_EQ(result.vertices.size(), 6u);
-    EXPECT_EQ(result.normals[0], (std::vector<float>{0.0f, 0.0f, 0.0f}));
+    EXPECT_EQ(result.normals[0], (std::array<float, 3>{0.0f, 0.0f, 0.0f}));
     EXPECT_EQ(result.vertices[1], result.vertices[3]);
 }
 
@@ -275,6 +279,33 @@ TEST(StlReaderTest, ContentsAloneTellTextFromBinary)
     capitals.replace(0, 5, "SOLID");
     ASSERT_GT(CountField(capitals), static_cast<int32_t>((capitals.size() - 84) / 50));
     EXPECT_EQ(ReadContents(capitals).err, BinaryShortReadMessage(capitals));
+}
+
+TEST(StlReaderTest, DamagedFilesFailWithOneMessageOrReadWhole)
+{
+    const std::string text = TextStl(MakeTetrahedron(1.0f));
+    const std::string binary = BinaryStl(MakeTetrahedron(1.0f));
+    RandomEngine engine(3);
+    for (int i = 0; i < 400; ++i)
+    {
+        std::string damaged = (i % 2 == 0) ? text : binary;
+        // Flip a few bytes, then maybe cut the file short.
+        for (int flips = static_cast<int>(engine() % 4); flips > 0; --flips)
+            damaged[engine() % damaged.size()] = static_cast<char>(engine() & 0xFF);
+        if (engine() % 2 == 0)
+            damaged.resize(engine() % damaged.size());
+        const ReadResult result = ReadContents(damaged);
+        if (result.ok)
+        {
+            EXPECT_EQ(result.err, "");
+            EXPECT_EQ(result.normals.size(), result.facets.size());
+        }
+        else
+        {
+            EXPECT_EQ(result.err.rfind("IOError: mesh.stl ", 0), 0u) << result.err;
+            EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        }
+    }
 }
 
 TEST(StlReaderTest, MissingFileCannotBeOpened)
