@@ -9,7 +9,8 @@ namespace kelvorig {
 
 int RunModelDrawing(const CommandOptions& options, const TrackedSurface* surface)
 {
-    // note: a fresh record and a second read; the layout loaded earlier keeps no file order.
+    // note: the file is read a second time, into a fresh record: the layout loaded earlier has
+    // dropped the entries with negative ids, which the drawing keeps.
     TrackedObjectModel model;
     if (!ReadModel(options.modelPath, model))
         return 1;

@@ -124,5 +124,35 @@ TEST(Loading, ObstaclesTakePartInBuildingTheSurface)
         << result.err;
 }
 
+size_t CountRows(const std::string& drawing)
+{
+    size_t rows = 0;
+    for (size_t at = drawing.find("\"lime\""); at != std::string::npos; at = drawing.find("\"lime\"", at + 1))
+        ++rows;
+    return rows;
+}
+
+TEST(Dispatch, CoverageComesBeforeGenerate)
+{
+    const TempDir dir;
+    test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(kShellSize));
+    const CliResult result = RunKelvorig(
+        {"/generate", "/nsensors", "4", "/verifycoverage", "6", "/sensors", "shell.stl", "/outscad", "c.scad"},
+        dir.path());
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(CountRows(test::ReadFile(dir.File("c.scad"))), 6u);
+}
+
+TEST(Dispatch, NegativeCoverageCountDrawsNoSeats)
+{
+    const TempDir dir;
+    test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(kShellSize));
+    const CliResult result =
+        RunKelvorig({"/verifycoverage", "-3", "/sensors", "shell.stl", "/outscad", "c.scad"}, dir.path());
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(test::ReadFile(dir.File("c.scad")).find("sensors = [\n];\n"), std::string::npos);
+}
+
 } // namespace
 } // namespace kelvorig

@@ -139,6 +139,15 @@ TEST(ModelDrawing, ImportsTheSurfaceMeshesScaledToMillimetres)
                                                     "\n");
 }
 
+TEST(ModelDrawing, UnwritableOutputIsNotAFailure)
+{
+    const TempDir dir;
+    WriteFile(dir.File("m.json"), kModel);
+    const CliResult result = RunKelvorig({"/model", "m.json", "/outscad", "no_such_dir/m.scad"}, dir.path());
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+}
+
 TEST(ModelDrawing, BundledExampleDrawsOneRowPerSensor)
 {
     const TempDir dir;

@@ -4,6 +4,7 @@
 #include <Eigen/LU>
 
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 namespace kelvorig::test {
@@ -66,7 +67,10 @@ Eigen::Matrix<double, 6, 1> ReferenceVariances(const ReferencePose& pose, const 
     }
     const Eigen::MatrixXd jacobian = ReferenceJacobian(pose, points, tilt);
     const Eigen::Matrix<double, 6, 6> information = jacobian.transpose() * weights * jacobian;
-    return information.fullPivLu().inverse().diagonal();
+    const Eigen::FullPivLU<Eigen::Matrix<double, 6, 6>> lu(information);
+    if (!lu.isInvertible())
+        return Eigen::Matrix<double, 6, 1>::Constant(std::numeric_limits<double>::quiet_NaN());
+    return lu.inverse().diagonal();
 }
 
 Eigen::Vector3d GridDirection(double yaw, double pitch)

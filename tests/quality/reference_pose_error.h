@@ -24,7 +24,8 @@ Eigen::Vector2d ReferenceAngles(const ReferencePose& pose, const Eigen::Vector3d
 Eigen::MatrixXd ReferenceJacobian(const ReferencePose& pose, const std::vector<Eigen::Vector3d>& points,
                                   double tilt);
 
-// Variances of tx, ty, tz, rx, ry, rz for these sensors seen at this pose.
+// Variances of tx, ty, tz, rx, ry, rz for these sensors seen at this pose; NaN when the
+// sensors can't fix all six parameters.
 Eigen::Matrix<double, 6, 1> ReferenceVariances(const ReferencePose& pose, const std::vector<Eigen::Vector3d>& points,
                                                double tilt = 0.0);
 

@@ -1,0 +1,415 @@
+#include "quality/quality_evaluator.h"
+
+#include "quality/reference_pose_error.h"
+
+#include <gtest/gtest.h>
+
+#include <Eigen/Geometry>
+
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <sstream>
+#include <string>
+
+namespace kelvorig {
+namespace {
+
+using test::MakeLayout;
+
+constexpr double kFullTurn = 6.283185307179586;
+constexpr double kQuarterTurn = 1.5707963267948966;
+constexpr double kFifteenDegrees = 15.0 * 0.005555555555555556 * 3.141592653589793;
+
+struct Captured
+{
+    std::string out;
+    std::string err;
+};
+
+std::string ReadBack(FILE* file)
+{
+    std::rewind(file);
+    std::string text;
+    char buffer[4096];
+    size_t count;
+    while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0)
+        text.append(buffer, count);
+    std::fclose(file);
+    return text;
+}
+
+Captured Capture(const std::function<void(FILE*, FILE*)>& write)
+{
+    FILE* out = std::tmpfile();
+    FILE* err = std::tmpfile();
+    write(out, err);
+    return {ReadBack(out), ReadBack(err)};
+}
+
+std::vector<std::string> Lines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+struct CoverageRow
+{
+    double yaw, pitch, distance, zero;
+    int count;
+    int zeros[3];
+    int solvable, failure;
+    double rotationError, positionError;
+    std::vector<int> ids;
+};
+
+CoverageRow ParseCoverageRow(const std::string& line)
+{
+    std::istringstream in(line);
+    CoverageRow row;
+    in >> row.yaw >> row.pitch >> row.distance >> row.zero >> row.count >> row.zeros[0] >> row.zeros[1] >>
+        row.zeros[2] >> row.solvable >> row.failure >> row.rotationError >> row.positionError;
+    for (int id; in >> id;)
+        row.ids.push_back(id);
+    return row;
+}
+
+// The pose error of the independent model for the sensors seen from this grid direction
+// with the object at `translation`, or an empty list when none is seen.
+struct ReferenceRow
+{
+    std::vector<int> ids;
+    std::vector<Eigen::Vector3d> points;
+    Eigen::Matrix<double, 6, 1> variances;
+    bool borderline = false;
+};
+
+ReferenceRow ReferenceFor(const SensorLayout& layout, const Eigen::Matrix3d& rotation, const Eigen::Vector3d& translation)
+{
+    ReferenceRow row;
+    for (size_t i = 0; i < layout.SensorCount(); ++i)
+    {
+        const Eigen::Vector3d placed = rotation * layout.positions[i] + translation;
+        const double c = (rotation * layout.normals[i]).dot(-placed.normalized());
+        row.borderline = row.borderline || std::abs(c - layout.cosMaxIncidence) < 1e-9;
+        if (c > layout.cosMaxIncidence)
+        {
+            row.ids.push_back(layout.sensorIds[i]);
+            row.points.push_back(layout.positions[i]);
+        }
+    }
+    if (!row.points.empty())
+    {
+        test::ReferencePose pose;
+        pose << translation, Eigen::AngleAxisd(rotation).angle() * Eigen::AngleAxisd(rotation).axis();
+        row.variances = test::ReferenceVariances(pose, row.points);
+    }
+    return row;
+}
+
+// Some four of them stand off a plane: a triangle at least minFeatureSize high and a
+// fourth point farther than that from its plane.
+bool HasNonPlanarFour(const std::vector<Eigen::Vector3d>& points)
+{
+    constexpr double kFeature = 0.0085;
+    const size_t n = points.size();
+    for (size_t a = 0; a < n; ++a)
+        for (size_t b = a + 1; b < n; ++b)
+            for (size_t c = b + 1; c < n; ++c)
+            {
+                const Eigen::Vector3d normal = (points[b] - points[a]).cross(points[c] - points[a]);
+                const double longest = std::max({(points[b] - points[a]).norm(), (points[c] - points[a]).norm(),
+                                                 (points[c] - points[b]).norm()});
+                if (normal.norm() / longest < kFeature)
+                    continue;
+                for (size_t q = 0; q < n; ++q)
+                {
+                    if (std::abs(normal.normalized().dot(points[q] - points[a])) > kFeature)
+                        return true;
+                }
+            }
+    return false;
+}
+
+double ClampedError(double variance)
+{
+    const double error = std::sqrt(variance);
+    return std::isnan(error) || error > 1.0 ? 1.0 : error;
+}
+
+// Ten sensors on a lumpy shell, facing roughly outwards, one of them with no normal at
+// all so that it is never seen.
+SensorLayout ShellLayout()
+{
+    std::vector<Eigen::Vector3f> points, normals;
+    const float coordinates[][3] = {{0.08f, 0.01f, 0.03f},   {-0.07f, 0.02f, 0.04f}, {0.01f, 0.09f, 0.02f},
+                                    {0.02f, -0.08f, 0.05f},  {0.0f, 0.01f, 0.1f},    {0.05f, 0.05f, 0.07f},
+                                    {-0.05f, -0.04f, 0.06f}, {0.06f, -0.05f, -0.03f}, {-0.04f, 0.06f, -0.05f},
+                                    {0.03f, 0.02f, -0.09f}};
+    for (const auto& c : coordinates)
+    {
+        points.emplace_back(c[0], c[1], c[2]);
+        normals.push_back(Eigen::Vector3f(c[0], c[1], c[2]).normalized() + Eigen::Vector3f(0.05f, -0.03f, 0.02f));
+    }
+    normals[6] = Eigen::Vector3f::Zero();
+    return MakeLayout(points, normals);
+}
+
+TEST(CoverageReport, RowsMatchIndependentComputation)
+{
+    SensorLayout layout = ShellLayout();
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SetSurface(nullptr);
+    evaluator.SampleAnalysisPoses(kFullTurn, kFifteenDegrees);
+    evaluator.poseVector()[2] = -1.5;
+    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+
+    const std::vector<std::string> lines = Lines(report.out);
+    ASSERT_EQ(lines.size(), evaluator.poses().size());
+    int checked = 0;
+    for (size_t k = 0; k < lines.size(); ++k)
+    {
+        const CoverageRow row = ParseCoverageRow(lines[k]);
+        const BaseStationPose& pose = evaluator.poses()[k];
+        EXPECT_NEAR(row.yaw, pose.gridYaw, 5e-7);
+        EXPECT_NEAR(row.pitch, pose.gridPitch, 5e-7);
+        EXPECT_EQ(row.distance, 1.5);
+        EXPECT_EQ(row.zero, 0.0);
+        EXPECT_EQ(row.zeros[0] + row.zeros[1] + row.zeros[2], 0);
+        EXPECT_EQ(row.solvable + row.failure, 100);
+        EXPECT_EQ(static_cast<size_t>(row.count), row.ids.size());
+
+        const Eigen::Vector3d direction = test::GridDirection(pose.gridYaw, pose.gridPitch);
+        const ReferenceRow expected =
+            ReferenceFor(layout, test::RotationOntoZ(direction), Eigen::Vector3d(0.0, 0.0, -1.5));
+        if (expected.borderline)
+            continue;
+        ASSERT_EQ(row.ids, expected.ids) << lines[k];
+
+        double position = 1.0, rotation = 1.0;
+        if (!expected.ids.empty())
+        {
+            const Eigen::Matrix<double, 6, 1>& d = expected.variances;
+            position = ClampedError(d[0] + d[1] + d[2]);
+            rotation = ClampedError(d[3] + d[4] + d[5]);
+        }
+        // Few sensors leave the estimate ill-conditioned: compare where it is usable.
+        if (position < 0.5 && rotation < 0.5)
+        {
+            EXPECT_NEAR(row.positionError, position, 1.5e-6 + 1e-5 * position) << lines[k];
+            EXPECT_NEAR(row.rotationError, rotation, 1.5e-6 + 1e-5 * rotation) << lines[k];
+            const size_t n = expected.points.size();
+            const int solvable = n < 4 ? 0 : !HasNonPlanarFour(expected.points) ? 96 : n == 4 ? 99 : 100;
+            EXPECT_EQ(row.solvable, solvable) << lines[k];
+            ++checked;
+        }
+        else if (expected.ids.size() < 3)
+        {
+            EXPECT_EQ(row.positionError, 1.0) << lines[k];
+            EXPECT_EQ(row.solvable, 0) << lines[k];
+        }
+    }
+    EXPECT_GT(checked, 50);
+    EXPECT_EQ(report.err, "did not see sensor id 6\n");
+}
+
+// Sensors all facing +X, seen from yaw +90 degrees of a quarter-turn grid; the middle row
+// is +Z, whose record is not a number.
+struct SolvabilityCase
+{
+    const char* name;
+    std::vector<Eigen::Vector3f> points;
+    int solvable;
+    int failure;
+};
+
+class CoverageSolvabilityTest : public ::testing::TestWithParam<SolvabilityCase>
+{
+};
+
+TEST_P(CoverageSolvabilityTest, PercentagesFollowTheCases)
+{
+    const SolvabilityCase& c = GetParam();
+    SensorLayout layout = MakeLayout(c.points, std::vector<Eigen::Vector3f>(c.points.size(), Eigen::Vector3f::UnitX()));
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
+    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+    const std::vector<std::string> lines = Lines(report.out);
+    ASSERT_EQ(lines.size(), 15u);
+
+    const CoverageRow seen = ParseCoverageRow(lines[10]);
+    EXPECT_EQ(seen.yaw, 1.570796);
+    EXPECT_EQ(seen.pitch, 0.0);
+    EXPECT_EQ(static_cast<size_t>(seen.count), c.points.size());
+    EXPECT_EQ(seen.solvable, c.solvable) << lines[10];
+    EXPECT_EQ(seen.failure, c.failure) << lines[10];
+    if (c.solvable != 0)
+    {
+        EXPECT_LT(seen.positionError, 1.0);
+        EXPECT_LT(seen.rotationError, 1.0);
+    }
+
+    // The +Z row goes through every step and fails, seeing every sensor without a surface.
+    std::ostringstream nanRow;
+    nanRow << "0.000000 0.000000 2.0 0.0 " << c.points.size() << " 0 0 0 0 100 1.000000 1.000000";
+    for (size_t i = 0; i < c.points.size(); ++i)
+        nanRow << ' ' << i;
+    EXPECT_EQ(lines[7], nanRow.str());
+
+    // Facing away: nothing seen.
+    EXPECT_EQ(lines[4], "-1.570796 0.000000 2.0 0.0 0 0 0 0 0 100 1.000000 1.000000");
+    EXPECT_EQ(report.err, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, CoverageSolvabilityTest,
+    ::testing::Values(
+        SolvabilityCase{"FourOffOnePlane",
+                        {{0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}, {0.04f, 0.06f, 0.07f}},
+                        99,
+                        1},
+        SolvabilityCase{"Five", {{0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}, {0.04f, 0.06f, 0.07f}, {0.02f, -0.05f, 0.03f}}, 100, 0},
+        SolvabilityCase{"FourCoplanar", {{0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}, {0, 0.08f, 0.09f}}, 96, 4},
+        SolvabilityCase{"Three", {{0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}}, 0, 100}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+// A tilted sweep that can't reach a visible sensor leaves both errors at 1.0, while the
+// percentages still come from the geometry.
+TEST(CoverageReport, FailedTiltedSweepKeepsDefaultErrors)
+{
+    const std::vector<Eigen::Vector3f> points = {
+        {0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}, {0.04f, 0.06f, 0.07f}, {0.02f, 0.9f, 0.03f}};
+    SensorLayout layout = MakeLayout(points, std::vector<Eigen::Vector3f>(points.size(), Eigen::Vector3f::UnitX()));
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SetBaseStationModel(BaseStationModel{7, 1.2});
+    evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
+    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+    EXPECT_EQ(Lines(report.out)[10], "1.570796 0.000000 2.0 0.0 5 0 0 0 100 0 1.000000 1.000000 0 1 2 3 4");
+}
+
+TEST(CoverageReport, EmptyLayoutGivesFullTable)
+{
+    const SensorLayout empty = MakeLayout({}, {});
+    QualityEvaluator evaluator;
+    evaluator.SetModel(empty);
+    evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
+    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+    const std::vector<std::string> lines = Lines(report.out);
+    ASSERT_EQ(lines.size(), 15u);
+    EXPECT_EQ(lines[0], "-3.141593 -1.570796 2.0 0.0 0 0 0 0 0 100 1.000000 1.000000");
+    for (const std::string& line : lines)
+        EXPECT_NE(line.find(" 2.0 0.0 0 0 0 0 0 100 1.000000 1.000000"), std::string::npos) << line;
+    EXPECT_EQ(report.err, "");
+}
+
+TEST(CoverageReport, DistanceIsTheTranslationLength)
+{
+    const SensorLayout empty = MakeLayout({}, {});
+    QualityEvaluator evaluator;
+    evaluator.SetModel(empty);
+    evaluator.SampleAnalysisPoses(kFullTurn, 4.0);
+    evaluator.poseVector()[0] = 3.0;
+    evaluator.poseVector()[2] = -4.0;
+    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+    EXPECT_EQ(Lines(report.out)[0], "-3.141593 -1.570796 5.0 0.0 0 0 0 0 0 100 1.000000 1.000000");
+}
+
+struct SensitivityRow
+{
+    double yaw, pitch;
+    double error[3];
+};
+
+SensitivityRow ParseSensitivityRow(const std::string& line)
+{
+    std::istringstream in(line);
+    SensitivityRow row;
+    in >> row.yaw >> row.pitch >> row.error[0] >> row.error[1] >> row.error[2];
+    return row;
+}
+
+TEST(SensitivityReport, RowsMatchIndependentComputation)
+{
+    SensorLayout layout = ShellLayout();
+    layout.cosMaxIncidence = 0.1;
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SampleAnalysisPoses(kFullTurn, kFifteenDegrees);
+    evaluator.poseVector()[2] = -2.5;
+    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteSensitivityReport(out, err); });
+    const std::vector<std::string> lines = Lines(report.out);
+    ASSERT_EQ(lines.size(), evaluator.poses().size());
+
+    // The object swings around the base station as one body: its aspect, and so the set
+    // of sensors seen, is that of the unrotated object at every pose.
+    const ReferenceRow unrotated = ReferenceFor(layout, Eigen::Matrix3d::Identity(), Eigen::Vector3d(0.0, 0.0, -2.5));
+    ASSERT_GE(unrotated.ids.size(), 4u);
+    int checked = 0;
+    for (size_t k = 0; k < lines.size(); ++k)
+    {
+        const SensitivityRow row = ParseSensitivityRow(lines[k]);
+        const BaseStationPose& pose = evaluator.poses()[k];
+        const Eigen::Matrix3d rotation = test::RotationOntoZ(test::GridDirection(pose.gridYaw, pose.gridPitch));
+        const ReferenceRow expected = ReferenceFor(layout, rotation, rotation * Eigen::Vector3d(0.0, 0.0, -2.5));
+        ASSERT_EQ(expected.ids, unrotated.ids);
+        // Off to the side the sweep angles turn singular and differences can't follow.
+        if ((rotation * Eigen::Vector3d(0.0, 0.0, -2.5)).z() > -1.0)
+            continue;
+        ++checked;
+        for (int axis = 0; axis < 3; ++axis)
+        {
+            const double error = ClampedError(expected.variances[axis]);
+            EXPECT_NEAR(row.error[axis], error, 1.5e-6 + 1e-5 * error) << lines[k] << " axis " << axis;
+        }
+    }
+    EXPECT_GT(checked, 50);
+    EXPECT_EQ(evaluator.poseVector()[0], 0.0);
+    EXPECT_EQ(evaluator.poseVector()[1], 0.0);
+    EXPECT_EQ(evaluator.poseVector()[2], -2.5);
+    EXPECT_EQ(report.err, "did not see sensor id 6\ndid not see sensor id 7\ndid not see sensor id 8\n"
+                          "did not see sensor id 9\n");
+}
+
+TEST(SensitivityReport, EmptyLayoutAndNaNPoseGiveOnes)
+{
+    const SensorLayout empty = MakeLayout({}, {});
+    QualityEvaluator evaluator;
+    evaluator.SetModel(empty);
+    evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
+    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteSensitivityReport(out, err); });
+    const std::vector<std::string> lines = Lines(report.out);
+    ASSERT_EQ(lines.size(), 15u);
+    EXPECT_EQ(lines[7], "0.000000 0.000000 1.000000 1.000000 1.000000");
+    for (const std::string& line : lines)
+        EXPECT_NE(line.find(" 1.000000 1.000000 1.000000"), std::string::npos) << line;
+    EXPECT_EQ(report.err, "");
+}
+
+// everSeen counts the passes since the last rebuild: a new report after SetModel names
+// the unseen sensor again, and a sensor seen once is never named.
+TEST(AnalysisReport, UnseenSensorsAreNamedOnceAtTheEnd)
+{
+    const std::vector<Eigen::Vector3f> points = {{0, 0, 0}, {0.1f, 0, 0}, {0, 0.1f, 0}};
+    const std::vector<Eigen::Vector3f> normals = {Eigen::Vector3f::UnitZ(), Eigen::Vector3f::Zero(), Eigen::Vector3f::Zero()};
+    TrackedObjectModel model;
+    model.valid = true;
+    model.channelMap = {4, 9, 2};
+    model.modelPoints = points;
+    model.modelNormals = normals;
+    const SensorLayout layout(model, kIdentityTransform);
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SampleAnalysisPoses(kFullTurn, kFifteenDegrees);
+    const Captured first = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+    EXPECT_EQ(first.err, "did not see sensor id 9\ndid not see sensor id 2\n");
+    EXPECT_NE(first.out.find(" 4\n"), std::string::npos);
+}
+
+} // namespace
+} // namespace kelvorig
