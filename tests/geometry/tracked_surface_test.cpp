@@ -34,18 +34,6 @@ Built Build(const std::string& surfacePath, const std::vector<std::string>& obst
     return built;
 }
 
-TEST(TrackedSurfaceTest, KeepsThePathsAsGiven)
-{
-    const TempDir dir;
-    WriteBinaryStl(dir.File("box.stl"), MakeBox(Eigen::Vector3f(1, 1, 1)));
-    WriteBinaryStl(dir.File("obstacle.stl"), MakeBox(Eigen::Vector3f(1, 1, 1), Eigen::Vector3f(3, 0, 0)));
-    const TrackedSurface surface(dir.File("box.stl"), {dir.File("obstacle.stl"), dir.File("obstacle.stl")}, kSeed);
-    ASSERT_TRUE(surface.isBuilt());
-    EXPECT_EQ(surface.surfacePath(), dir.File("box.stl"));
-    EXPECT_EQ(surface.obstaclePaths(), (std::vector<std::string>{dir.File("obstacle.stl"), dir.File("obstacle.stl")}));
-    EXPECT_EQ(surface.cosMaxSurfaceAngle(), 1.0f);
-}
-
 TEST(TrackedSurfaceTest, UnitFollowsTheSensorSurfaceDiagonal)
 {
     const TempDir dir;
@@ -93,38 +81,28 @@ TEST(TrackedSurfaceTest, ObstaclesTakeTheSurfaceScale)
     EXPECT_LT(hit.primitiveId, 12);
 }
 
-TEST(TrackedSurfaceTest, NormalsAreMadeUnitLengthButNotCorrected)
+std::string Facet(const char* normal, const char* vertices)
+{
+    return std::string("facet normal ") + normal + "\nouter loop\n" + vertices + "endloop\nendfacet\n";
+}
+
+TEST(TrackedSurfaceTest, NormalsAreMadeUnitLengthAndAreasRunOverTheFacets)
 {
     const TempDir dir;
-    WriteFile(dir.File("normals.stl"),
-              "solid n\n"
-              "facet normal 0 0 5\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
-              "facet normal 0 0 -1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
-              "facet normal 0 0 0\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
-              "facet normal 3 4 0\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
-              "endsolid n\n");
-    const TrackedSurface surface(dir.File("normals.stl"), {}, kSeed);
+    const char* const triangle = "vertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n";
+    // Areas 0.5, 0 (degenerate), 2 and 0.5; normals as written, only scaled.
+    WriteFile(dir.File("facets.stl"), "solid n\n" + Facet("0 0 5", triangle) +
+                                          Facet("0 0 -1", "vertex 0 0 0\nvertex 1 0 0\nvertex 2 0 0\n") +
+                                          Facet("0 0 0", "vertex 0 0 0\nvertex 2 0 0\nvertex 0 2 1e-9\n") +
+                                          Facet("3 4 0", triangle) + "endsolid n\n");
+    const TrackedSurface surface(dir.File("facets.stl"), {}, kSeed);
     ASSERT_TRUE(surface.isBuilt());
     EXPECT_EQ(surface.faceNormals().row(0), Eigen::RowVector3f(0, 0, 1));
     EXPECT_EQ(surface.faceNormals().row(1), Eigen::RowVector3f(0, 0, -1));
     EXPECT_TRUE(surface.faceNormals().row(2).array().isNaN().all());
     EXPECT_EQ(surface.faceNormals().row(3), Eigen::RowVector3f(0.6f, 0.8f, 0));
-}
-
-TEST(TrackedSurfaceTest, AreaTableRunsOverTheFacets)
-{
-    const TempDir dir;
-    // Areas 0.5, 0 (degenerate) and 2.
-    WriteFile(dir.File("areas.stl"),
-              "solid a\n"
-              "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
-              "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 2 0 0\nendloop\nendfacet\n"
-              "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 2 0 0\nvertex 0 2 1e-9\nendloop\nendfacet\n"
-              "endsolid a\n");
-    const TrackedSurface surface(dir.File("areas.stl"), {}, kSeed);
-    ASSERT_TRUE(surface.isBuilt());
-    EXPECT_EQ(surface.cumulativeArea(), (std::vector<double>{0.5, 0.5, 2.5}));
-    EXPECT_EQ(surface.totalArea(), 2.5);
+    EXPECT_EQ(surface.cumulativeArea(), (std::vector<double>{0.5, 0.5, 2.5, 3.0}));
+    EXPECT_EQ(surface.totalArea(), 3.0);
 }
 
 TEST(TrackedSurfaceTest, FinalSeedDrivesTheDraws)
