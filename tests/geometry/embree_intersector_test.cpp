@@ -8,7 +8,6 @@
 
 #include <cmath>
 #include <optional>
-#include <thread>
 
 namespace kelvorig {
 namespace {
@@ -148,47 +147,6 @@ TEST(EmbreeIntersectorTest, AgreesWithBruteForce)
     CompareWithBruteForce(overlapping, 13);
 }
 
-TEST(EmbreeIntersectorTest, BoundsSelectTheClosestHitBetweenThem)
-{
-    // Two parallel facets across the z axis, at z = 1 (facet 0) and z = 3 (facet 1).
-    const TestMesh mesh =
-        test::Combine(test::MakeTriangle(Eigen::Vector3f(-1, -1, 1), Eigen::Vector3f(2, -1, 1), Eigen::Vector3f(-1, 2, 1)),
-                      test::MakeTriangle(Eigen::Vector3f(-1, -1, 3), Eigen::Vector3f(2, -1, 3), Eigen::Vector3f(-1, 2, 3)));
-    VertexMatrix V;
-    TriangleMatrix F;
-    ToMatrices(mesh, V, F);
-    EmbreeIntersector intersector;
-    intersector.init(V, F);
-    const Eigen::Vector3f origin = Eigen::Vector3f::Zero();
-    const Eigen::Vector3f up(0, 0, 1);
-    const struct
-    {
-        float tnear;
-        float tfar;
-        int primitive;
-    } cases[] = {
-        {0.0f, std::numeric_limits<float>::infinity(), 0},
-        {0.0f, 0.9f, -1},
-        {1.1f, std::numeric_limits<float>::infinity(), 1},
-        {1.1f, 2.9f, -1},
-        {2.0f, 4.0f, 1},
-        {3.1f, 10.0f, -1},
-    };
-    for (const auto& c : cases)
-    {
-        RayHit hit;
-        EXPECT_EQ(intersector.intersectRay(origin, up, hit, c.tnear, c.tfar), c.primitive >= 0) << c.tnear;
-        EXPECT_EQ(hit.primitiveId, c.primitive) << c.tnear;
-    }
-    // A direction of length 2 halves the ray parameter.
-    RayHit hit;
-    ASSERT_TRUE(intersector.intersectRay(origin, 2.0f * up, hit));
-    EXPECT_FLOAT_EQ(hit.hitDistance, 0.5f);
-    // From above, looking down, the facets are met from behind.
-    ASSERT_TRUE(intersector.intersectRay(Eigen::Vector3f(0, 0, 5), -up, hit));
-    EXPECT_EQ(hit.primitiveId, 1);
-}
-
 TEST(EmbreeIntersectorTest, EmptyMeshesAndRaysThatAreNotNumbersMeetNothing)
 {
     EmbreeIntersector intersector;
@@ -220,42 +178,6 @@ TEST(EmbreeIntersectorTest, EmptyMeshesAndRaysThatAreNotNumbersMeetNothing)
     EXPECT_FALSE(intersector.intersectRay(centre, up, hit));
     intersector.init(V, TriangleMatrix::Zero(12, 2));
     EXPECT_FALSE(intersector.isInitialised());
-}
-
-TEST(EmbreeIntersectorTest, ConcurrentQueriesGiveTheSerialAnswers)
-{
-    VertexMatrix V;
-    TriangleMatrix F;
-    ToMatrices(test::MakeSphere(1.0f, 16, 32), V, F);
-    EmbreeIntersector intersector;
-    intersector.init(V, F);
-    RandomEngine engine(21);
-    std::vector<Eigen::Vector3f> origins;
-    std::vector<Eigen::Vector3f> directions;
-    for (int i = 0; i < 2000; ++i)
-    {
-        origins.push_back(RandomVector(engine, -2.0f, 2.0f));
-        directions.push_back(RandomVector(engine, -1.0f, 1.0f).normalized());
-    }
-    auto answers = [&](std::vector<int>& primitives) {
-        primitives.assign(origins.size(), -1);
-        for (size_t i = 0; i < origins.size(); ++i)
-        {
-            RayHit hit;
-            if (intersector.intersectRay(origins[i], directions[i], hit))
-                primitives[i] = hit.primitiveId;
-        }
-    };
-    std::vector<int> serial;
-    answers(serial);
-    std::vector<std::vector<int>> parallel(4);
-    std::vector<std::thread> threads;
-    for (std::vector<int>& result : parallel)
-        threads.emplace_back(answers, std::ref(result));
-    for (std::thread& thread : threads)
-        thread.join();
-    for (const std::vector<int>& result : parallel)
-        EXPECT_EQ(result, serial);
 }
 
 } // namespace

@@ -50,23 +50,6 @@ int FaceAxis(const Eigen::Vector3f& p, const Eigen::Vector3f& half)
     return -1;
 }
 
-TEST(SeatSamplingTest, PickTriangleFollowsTheArea)
-{
-    // Areas 1, 0 and 3; the degenerate facet must never be drawn.
-    const TestMesh small = test::MakeTriangle(Eigen::Vector3f(0, 0, 0), Eigen::Vector3f(1, 0, 0), Eigen::Vector3f(0, 2, 0));
-    const TestMesh flat = test::MakeTriangle(Eigen::Vector3f(0, 0, 1), Eigen::Vector3f(1, 0, 1), Eigen::Vector3f(2, 0, 1));
-    const TestMesh large = test::MakeTriangle(Eigen::Vector3f(0, 0, 2), Eigen::Vector3f(3, 0, 2), Eigen::Vector3f(0, 2, 2));
-    SurfaceFixture fixture(test::Combine(test::Combine(small, flat), large));
-    TrackedSurface& surface = *fixture.surface;
-    ASSERT_EQ(surface.totalArea(), 4.0);
-    int counts[3] = {0, 0, 0};
-    constexpr int kPicks = 40000;
-    for (int i = 0; i < kPicks; ++i)
-        ++counts[surface.PickTriangle()];
-    EXPECT_EQ(counts[1], 0);
-    EXPECT_NEAR(counts[2] / static_cast<double>(kPicks), 0.75, 0.015);
-}
-
 TEST(SeatSamplingTest, TiltedNormalsFillTheCapAndTakeTwoDraws)
 {
     SurfaceFixture tilted(MakeBox(Eigen::Vector3f(1, 1, 1)));
@@ -109,41 +92,6 @@ TEST(SeatSamplingTest, CanSeatSensorNeedsAFlatSolidPatch)
     // A plate thinner than the chords' depth can't be seen by the test: the disc lies under it.
     SurfaceFixture thin(test::MakePlate(20, 0.5f));
     EXPECT_TRUE(thin.surface->CanSeatSensor(Eigen::Vector3f(0.009f, 0, 0), up));
-}
-
-TEST(SeatSamplingTest, ObstaclesCrossingTheDiscRefuseTheSeat)
-{
-    const TestMesh plate = MakeBox(Eigen::Vector3f(20, 20, 4), Eigen::Vector3f(0, 0, -2));
-    // A pin through the plate, 2 mm beside the seat.
-    const TestMesh pin = MakeBox(Eigen::Vector3f(0.5f, 0.5f, 10), Eigen::Vector3f(2, 0, 0));
-    SurfaceFixture bare(plate);
-    SurfaceFixture pinned(plate, {pin});
-    EXPECT_TRUE(bare.surface->CanSeatSensor(Eigen::Vector3f::Zero(), Eigen::Vector3f::UnitZ()));
-    EXPECT_FALSE(pinned.surface->CanSeatSensor(Eigen::Vector3f::Zero(), Eigen::Vector3f::UnitZ()));
-}
-
-TEST(SeatSamplingTest, SampleSeatLandsOnFacesClearOfTheirEdges)
-{
-    const Eigen::Vector3f size(40, 30, 20);
-    SurfaceFixture fixture(MakeBox(size));
-    const Eigen::Vector3f half = 0.0005f * size;
-    const float clearance = 0.003f - 1e-6f;
-    for (int i = 0; i < 2000; ++i)
-    {
-        Eigen::Vector3f position;
-        Eigen::Vector3f normal;
-        ASSERT_TRUE(fixture.surface->SampleSeat(position, normal));
-        const int axis = FaceAxis(position, half);
-        ASSERT_GE(axis, 0) << position.transpose();
-        EXPECT_EQ(normal, std::copysign(1.0f, position[axis]) * Eigen::Vector3f::Unit(axis));
-        for (int other = 0; other < 3; ++other)
-        {
-            if (other != axis)
-            {
-                EXPECT_LE(std::abs(position[other]), half[other] - clearance) << position.transpose();
-            }
-        }
-    }
 }
 
 TEST(SeatSamplingTest, SampleSeatNearPrefersTheWantedNormal)

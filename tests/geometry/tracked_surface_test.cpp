@@ -18,22 +18,6 @@ using test::WriteTextStl;
 
 constexpr uint32_t kSeed = 1234;
 
-// Builds a surface with stderr captured, so that reader messages can be checked.
-struct Built
-{
-    std::unique_ptr<TrackedSurface> surface;
-    std::string err;
-};
-
-Built Build(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths = {})
-{
-    Built built;
-    testing::internal::CaptureStderr();
-    built.surface = std::make_unique<TrackedSurface>(surfacePath, obstaclePaths, kSeed);
-    built.err = testing::internal::GetCapturedStderr();
-    return built;
-}
-
 TEST(TrackedSurfaceTest, UnitFollowsTheSensorSurfaceDiagonal)
 {
     const TempDir dir;
@@ -103,73 +87,6 @@ TEST(TrackedSurfaceTest, NormalsAreMadeUnitLengthAndAreasRunOverTheFacets)
     EXPECT_EQ(surface.faceNormals().row(3), Eigen::RowVector3f(0.6f, 0.8f, 0));
     EXPECT_EQ(surface.cumulativeArea(), (std::vector<double>{0.5, 0.5, 2.5, 3.0}));
     EXPECT_EQ(surface.totalArea(), 3.0);
-}
-
-TEST(TrackedSurfaceTest, FinalSeedDrivesTheDraws)
-{
-    const TempDir dir;
-    WriteBinaryStl(dir.File("sphere.stl"), test::MakeSphere(1.0f, 10, 20));
-    TrackedSurface first(dir.File("sphere.stl"), {}, kSeed);
-    TrackedSurface second(dir.File("sphere.stl"), {}, kSeed);
-    RandomEngine engine(kSeed);
-    const std::vector<double>& table = first.cumulativeArea();
-    for (int i = 0; i < 100; ++i)
-    {
-        const double place = DrawRange(engine, 0.0, first.totalArea());
-        const int32_t expected =
-            static_cast<int32_t>(std::upper_bound(table.begin(), table.end(), place) - table.begin());
-        EXPECT_EQ(first.PickTriangle(), expected);
-        EXPECT_EQ(second.PickTriangle(), expected);
-    }
-}
-
-TEST(TrackedSurfaceTest, UnreadableOrEmptySurfacesAreNotBuilt)
-{
-    const TempDir dir;
-    WriteFile(dir.File("empty.stl"), "solid e\nendsolid e\n");
-    WriteFile(dir.File("broken.stl"), "solid b\nfacet normal 0 0 1\n");
-    WriteFile(dir.File("novertices.stl"), "solid v\nfacet normal 0 0 1\nouter loop\nendloop\nendfacet\nendsolid v\n");
-    WriteFile(dir.File("twovertices.stl"),
-              "solid v\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nendloop\nendfacet\nendsolid v\n");
-    const struct
-    {
-        std::string name;
-        std::string err;
-    } cases[] = {
-        {"missing.stl", "IOError: " + dir.File("missing.stl") + " could not be opened...\n"},
-        {"empty.stl", ""},
-        {"broken.stl", "IOError: " + dir.File("broken.stl") + " bad format (2).\n"},
-        {"novertices.stl", ""},
-        {"twovertices.stl", ""},
-    };
-    for (const auto& c : cases)
-    {
-        const Built built = Build(dir.File(c.name));
-        EXPECT_FALSE(built.surface->isBuilt()) << c.name;
-        EXPECT_EQ(built.err, c.err) << c.name;
-        EXPECT_EQ(built.surface->triangles().rows(), 0) << c.name;
-    }
-}
-
-TEST(TrackedSurfaceTest, AnyObstacleFailureUnbuildsTheSurface)
-{
-    const TempDir dir;
-    WriteBinaryStl(dir.File("box.stl"), MakeBox(Eigen::Vector3f(1, 1, 1)));
-    WriteBinaryStl(dir.File("obstacle.stl"), MakeBox(Eigen::Vector3f(1, 1, 1), Eigen::Vector3f(2, 0, 0)));
-    WriteFile(dir.File("novertices.stl"), "solid v\nfacet normal 0 0 1\nouter loop\nendloop\nendfacet\nendsolid v\n");
-    WriteFile(dir.File("empty.stl"), "solid e\nendsolid e\n");
-
-    const Built missing = Build(dir.File("box.stl"), {dir.File("obstacle.stl"), dir.File("missing.stl")});
-    EXPECT_FALSE(missing.surface->isBuilt());
-    EXPECT_EQ(missing.err, "IOError: " + dir.File("missing.stl") + " could not be opened...\n");
-
-    const Built noVertices = Build(dir.File("box.stl"), {dir.File("novertices.stl")});
-    EXPECT_FALSE(noVertices.surface->isBuilt());
-
-    // An obstacle file without facets blocks nothing, and fails nothing.
-    const Built empty = Build(dir.File("box.stl"), {dir.File("empty.stl")});
-    EXPECT_TRUE(empty.surface->isBuilt());
-    EXPECT_EQ(empty.err, "");
 }
 
 } // namespace
