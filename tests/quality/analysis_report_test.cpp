@@ -271,32 +271,6 @@ TEST(CoverageReport, SolvabilityPercentagesFollowTheCases)
 
 // A tilted sweep that can't reach a visible sensor leaves both errors at 1.0, while the
 // percentages still come from the geometry.
-TEST(AnalysisReport, EmptyLayoutGivesFullTablesOfFailures)
-{
-    const SensorLayout empty = MakeLayout({}, {});
-    QualityEvaluator evaluator;
-    evaluator.SetModel(empty);
-    evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
-    const Captured coverage = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
-    const Captured sensitivity = Capture([&](FILE* out, FILE* err) { evaluator.WriteSensitivityReport(out, err); });
-    const std::vector<std::string> lines = Lines(coverage.out);
-    ASSERT_EQ(lines.size(), 15u);
-    ASSERT_EQ(Lines(sensitivity.out).size(), 15u);
-    EXPECT_EQ(lines[0], "-3.141593 -1.570796 2.0 0.0 0 0 0 0 0 100 1.000000 1.000000");
-    for (const std::string& line : lines)
-        EXPECT_NE(line.find(" 2.0 0.0 0 0 0 0 0 100 1.000000 1.000000"), std::string::npos) << line;
-    EXPECT_EQ(Lines(sensitivity.out)[7], "0.000000 0.000000 1.000000 1.000000 1.000000");
-    for (const std::string& line : Lines(sensitivity.out))
-        EXPECT_NE(line.find(" 1.000000 1.000000 1.000000"), std::string::npos) << line;
-    EXPECT_EQ(coverage.err + sensitivity.err, "");
-
-    // The distance column is the length of the translation.
-    evaluator.poseVector()[0] = 3.0;
-    evaluator.poseVector()[2] = -4.0;
-    const Captured moved = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
-    EXPECT_EQ(Lines(moved.out)[0], "-3.141593 -1.570796 5.0 0.0 0 0 0 0 0 100 1.000000 1.000000");
-}
-
 struct SensitivityRow
 {
     double yaw, pitch;
