@@ -58,27 +58,6 @@ TEST(SampleOrientations, ReproducibleWithShortListsAsPrefixesAndPlusZFirst)
 }
 
 // Best-candidate points spread out: none of them sits close to another.
-TEST(SampleOrientations, SpreadsOverTheSphere)
-{
-    std::vector<BaseStationPose> poses;
-    SampleBestCandidatePoses(300, poses);
-    double lowestZ = 1.0, highestZ = -1.0;
-    for (size_t i = 0; i < poses.size(); ++i)
-    {
-        lowestZ = std::min(lowestZ, poses[i].direction[2]);
-        highestZ = std::max(highestZ, poses[i].direction[2]);
-        for (size_t j = 0; j < i; ++j)
-        {
-            double squared = 0.0;
-            for (int k = 0; k < 3; ++k)
-                squared += std::pow(poses[i].direction[k] - poses[j].direction[k], 2);
-            EXPECT_GT(squared, 1e-3) << i << " and " << j;
-        }
-    }
-    EXPECT_LT(lowestZ, -0.9);
-    EXPECT_GT(highestZ, 0.9);
-}
-
 TEST(SampleOrientations, ScoreScaleIsHalfThousandOverCount)
 {
     QualityEvaluator evaluator;
