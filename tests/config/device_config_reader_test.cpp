@@ -87,6 +87,23 @@ TEST(DeviceConfigReader, EdidTextsAreNumberedFromTheFirstEyeInUse)
     EXPECT_EQ(counted.display_edid[1], "b");
 }
 
+TEST(DeviceConfigReader, ImuOrHeadObjectMakesFormat1AndIgnoresTheRootCalibration)
+{
+    // Only X given: Z is zero and the pose stays the identity, without a word.
+    const DeviceConfig onlyX = ParseOrFail(R"({"device_class": "controller", "imu": {"plus_x": [1, 0, 0]},
+        "gyro_bias": [9, 9, 9]})");
+    EXPECT_EQ(onlyX.format, 1);
+    EXPECT_EQ(onlyX.trackref_from_imu, kIdentityPoseFloat);
+    EXPECT_EQ(onlyX.gyro_bias, (TripleFloat{0, 0, 0}));
+
+    // A head object alone keeps the root's IMU pose.
+    const DeviceConfig onlyHead = ParseOrFail(R"({"device_class": "controller", "head": {},
+        "trackref_from_imu": [0, 0, 0, 1, 4, 5, 6], "gyro_bias": [9, 9, 9]})");
+    EXPECT_EQ(onlyHead.format, 1);
+    EXPECT_EQ(onlyHead.trackref_from_imu, (PoseFloat{0, 0, 0, 1, 4, 5, 6}));
+    EXPECT_EQ(onlyHead.gyro_bias, (TripleFloat{0, 0, 0}));
+}
+
 // Every key the reader knows, with every JSON kind in its place: the parse either passes
 // or fails with one of its own texts, and never throws.
 TEST(DeviceConfigReader, AnyKindOfValueUnderAnyKeyIsHandled)

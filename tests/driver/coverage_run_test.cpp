@@ -147,6 +147,8 @@ TEST(CoverageRun, BrokenSurfaceIsReportedByTheReaderThenRefused)
          "Error: list_to_matrix() list elements are not all the same size: (min: 2, max: 3)\n"},
         // Read without complaint, but nothing to build a surface from.
         {"solid x\nendsolid x\n", ""},
+        {"solid x\nfacet normal 0 0 1\nouter loop\nendloop\nendfacet\nendsolid x\n", ""},
+        {"solid x\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nendloop\nendfacet\nendsolid x\n", ""},
     };
     for (const auto& c : cases)
     {
