@@ -139,7 +139,6 @@ TEST(TrackrefTool, WarningsAndRefusals)
         {{1, 2, 3}, {1, 0, 0}, {0, 0, 1}, 0, "", pose + "0.0, 0.0, 0.0, 1.0, 1.0, 2.0, 3.0 ]\n}\n\n"},
         // Opposite Z is a half turn about X, without a warning.
         {{0, 0, 0.5}, {1, 0, 0}, {0, 0, -1}, 0, "", pose + "1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.5 ]\n}\n\n"},
-        {{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, 0, kZeroPosition, ""},
         // Refused axes report the identity and say how far it is from what was asked.
         {{0.1, 0, 0}, {1, 0, 0}, {std::cos(tilt), 0, std::sin(tilt)}, 0, kNotPerpendicular,
          pose + "0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0 ]\n}\n\n"},
@@ -162,8 +161,10 @@ TEST(TrackrefTool, WarningsAndRefusals)
     }
 
     // A zero position is only a warning: the pose still follows the axes.
-    const std::array<double, 7> turned = PoseOf(RunWithAxes(Eigen::Vector3d(0, 0, 0), Eigen::Vector3d(0, 1, 0),
-                                                            Eigen::Vector3d(1, 0, 0)));
+    const CliResult atOrigin = RunWithAxes(Eigen::Vector3d(0, 0, 0), Eigen::Vector3d(0, 1, 0), Eigen::Vector3d(1, 0, 0));
+    EXPECT_EQ(atOrigin.status, 0);
+    EXPECT_EQ(atOrigin.err, kZeroPosition);
+    const std::array<double, 7> turned = PoseOf(atOrigin);
     EXPECT_NEAR(turned[0], 0.5, 1e-15);
     EXPECT_NEAR(turned[3], 0.5, 1e-15);
 
