@@ -83,7 +83,8 @@ TEST(ReadModel, FailuresNameTheFile)
     WriteFile(dir.File("commented.json"), "// \"pharoscope_config\"\n{\"channelMap\": [0]}");
     const ReadResult commented = Read(dir.File("commented.json"));
     EXPECT_FALSE(commented.ok);
-    EXPECT_EQ(commented.err, "couldn't read " + dir.File("commented.json") + ": missing values from \"device\" section\n");
+    EXPECT_EQ(commented.err,
+              "couldn't read " + dir.File("commented.json") + ": missing values from \"device\" section\n");
     // Only a lower-case "json" makes a name a path.
     EXPECT_EQ(Read("NO_SUCH_DEVICE.JSON").err,
               "couldn't read cfg/hmd/NO_SUCH_DEVICE.JSON.json: file is empty or does not exist\n");

@@ -161,7 +161,8 @@ TEST(TrackrefTool, WarningsAndRefusals)
     }
 
     // A zero position is only a warning: the pose still follows the axes.
-    const CliResult atOrigin = RunWithAxes(Eigen::Vector3d(0, 0, 0), Eigen::Vector3d(0, 1, 0), Eigen::Vector3d(1, 0, 0));
+    const CliResult atOrigin =
+        RunWithAxes(Eigen::Vector3d(0, 0, 0), Eigen::Vector3d(0, 1, 0), Eigen::Vector3d(1, 0, 0));
     EXPECT_EQ(atOrigin.status, 0);
     EXPECT_EQ(atOrigin.err, kZeroPosition);
     const std::array<double, 7> turned = PoseOf(atOrigin);
