@@ -13,6 +13,7 @@
 #include <exception>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 
 namespace kelvorig {
 namespace {
@@ -58,9 +59,12 @@ void PrintPoseFromFile(const std::string& path)
     if (!in)
         Fail("couldn't read %s: %s\n", path, std::strerror(errno));
 
+    // note: parsed from a string, not the stream: the reader keeps its own copy of a string,
+    // while the text it reads from a stream is gone before the error message is formatted.
+    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     Json::Value root;
     Json::Reader reader;
-    if (!reader.parse(in, root, true))
+    if (!reader.parse(text, root, true))
         Fail("couldn't parse %s: %s\n", path, reader.getFormattedErrorMessages());
 
     const Eigen::Vector3d position = ReadVector(root, kPositionKey);

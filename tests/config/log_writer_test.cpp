@@ -1,6 +1,5 @@
 #include "config/log_writer.h"
 
-#include "config/timestamp_text.h"
 
 #include <gtest/gtest.h>
 
@@ -22,14 +21,6 @@ std::string Contents(FILE* stream)
     while ((got = std::fread(buffer, 1, sizeof buffer, stream)) > 0)
         text.append(buffer, got);
     return text;
-}
-
-TEST(TimestampText, FormatsWithAndWithoutMilliseconds)
-{
-    EXPECT_TRUE(std::regex_match(TimestampText(true), std::regex(kStamp))) << TimestampText(true);
-    const std::string plain = TimestampText(false);
-    EXPECT_TRUE(std::regex_match(plain, std::regex(R"([A-Z][a-z]{2} [A-Z][a-z]{2} \d{2} \d{2}:\d{2}:\d{2} \d{4})")))
-        << plain;
 }
 
 TEST(LogWriter, PrefixesLinesAndClosesOpenOnes)
@@ -58,16 +49,6 @@ TEST(LogWriter, PrefixesLinesAndClosesOpenOnes)
         << Contents(second);
     std::fclose(stream);
     std::fclose(second);
-}
-
-TEST(LogWriter, MessagesAreCutAt2048Bytes)
-{
-    FILE* stream = std::tmpfile();
-    LogWriter log;
-    log.Open(stream, nullptr, "k", 0);
-    log.Write(0, false, "%s", std::string(5000, 'x').c_str());
-    EXPECT_EQ(Contents(stream).size(), LogWriter::kMaxMessageBytes - 1);
-    std::fclose(stream);
 }
 
 } // namespace

@@ -23,42 +23,6 @@ const char* const kStandaloneModel = R"({
     "modelNormals": [[1, 0, 0], [-1, 0, 0]]
 })";
 
-TEST(RuntimePaths, FixSlashesTurnsBackslashesIntoSlashes)
-{
-    EXPECT_EQ(FixSlashes("a\\b/c\\\\d"), "a/b/c//d");
-}
-
-TEST(RuntimePaths, FindAncestorNamedIgnoresCaseAndStopsAtMissingPaths)
-{
-    TempDir dir;
-    fs::create_directories(dir.File("QYRNIX/sub/deeper"));
-    EXPECT_EQ(FindAncestorNamed(dir.File("QYRNIX/sub/deeper"), "Qyrnix"), dir.File("QYRNIX"));
-    EXPECT_EQ(FindAncestorNamed(dir.File("QYRNIX\\sub"), "qyrnix"), dir.File("QYRNIX"));
-    EXPECT_EQ(FindAncestorNamed(dir.File("QYRNIX"), "Qyrnix"), dir.File("QYRNIX"));
-    EXPECT_EQ(FindAncestorNamed(dir.File("QYRNIX/missing"), "Qyrnix"), "");
-    EXPECT_EQ(FindAncestorNamed(dir.File("QYRNIX/sub"), "MainBrumeVR"), "");
-}
-
-TEST(RuntimePaths, FindChildInAncestorsStartsAtTheParent)
-{
-    TempDir dir;
-    fs::create_directories(dir.File("a/b/c"));
-    fs::create_directories(dir.File("a/runtime"));
-    fs::create_directories(dir.File("a/b/c/runtime"));
-    WriteFile(dir.File("a/b/c/tool"), "");
-    EXPECT_EQ(FindChildInAncestors(dir.File("a/b/c/tool"), "runtime"), dir.File("a/b/c/runtime"));
-    EXPECT_EQ(FindChildInAncestors(dir.File("a/b/c"), "runtime"), dir.File("a/runtime"));
-    EXPECT_EQ(FindChildInAncestors(dir.File("a/b/missing"), "runtime"), "");
-    EXPECT_EQ(FindChildInAncestors(dir.File("a/b/c"), "no-such-child-anywhere"), "");
-}
-
-TEST(RuntimePaths, OverrideWinsWhenSet)
-{
-    RuntimeDriversOverride() = "/somewhere/drivers";
-    EXPECT_EQ(RuntimeDriversPath(), "/somewhere/drivers");
-    RuntimeDriversOverride().clear();
-}
-
 TEST(RuntimePaths, BareDeviceNameIsFoundUnderAnyCaseOfQyrnix)
 {
     TempDir dir;

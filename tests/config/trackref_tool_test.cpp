@@ -124,78 +124,57 @@ TEST(TrackrefTool, PosesRotateUnitAxesOntoTheGivenDirections)
     }
 }
 
-TEST(TrackrefTool, ReferenceAxesGiveTheIdentityQuaternion)
+TEST(TrackrefTool, WarningsAndRefusals)
 {
-    const CliResult result = RunWithAxes(Eigen::Vector3d(1, 2, 3), Eigen::Vector3d(1, 0, 0), Eigen::Vector3d(0, 0, 1));
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out, "{\n   \"trackref_from_imu\" : [ 0.0, 0.0, 0.0, 1.0, 1.0, 2.0, 3.0 ]\n}\n\n");
-}
+    const double tilt = DegreesToRadians(89.9);    // a dot product of about 0.0017: refused
+    const double nearly = DegreesToRadians(89.97);  // within the limit: X is flattened, Z kept
+    const std::string pose = "{\n   \"trackref_from_imu\" : [ ";
+    const struct
+    {
+        Eigen::Vector3d position, x, z;
+        int status;
+        std::string err;
+        std::string out;  // empty: not checked
+    } cases[] = {
+        {{1, 2, 3}, {1, 0, 0}, {0, 0, 1}, 0, "", pose + "0.0, 0.0, 0.0, 1.0, 1.0, 2.0, 3.0 ]\n}\n\n"},
+        // Opposite Z is a half turn about X, without a warning.
+        {{0, 0, 0.5}, {1, 0, 0}, {0, 0, -1}, 0, "", pose + "1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.5 ]\n}\n\n"},
+        // Refused axes report the identity and say how far it is from what was asked.
+        {{0.1, 0, 0}, {1, 0, 0}, {std::cos(tilt), 0, std::sin(tilt)}, 0, kNotPerpendicular,
+         pose + "0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0 ]\n}\n\n"},
+        {{0.1, 0, 0}, {0, 1, 0}, {0, 1, 1}, 0, std::string(kNotPerpendicular) + kNoMatchZ + kNoMatchX, ""},
+        {{0.1, 0, 0}, {std::sin(nearly), 0, std::cos(nearly)}, {0, 0, 1}, 0, "",
+         pose + "0.0, 0.0, 0.0, 1.0, 0.10000000000000001, 0.0, 0.0 ]\n}\n\n"},
+        // Zero axes end the run, Z checked first.
+        {{1, 0, 0}, {0, 0, 0}, {0, 0, 0}, 1, kZeroZ, ""},
+        {{1, 0, 0}, {0, 0, 0}, {0, 0, 1}, 1, kZeroX, ""},
+    };
+    for (const auto& c : cases)
+    {
+        const CliResult result = RunWithAxes(c.position, c.x, c.z);
+        EXPECT_EQ(result.status, c.status) << c.err;
+        EXPECT_EQ(result.err, c.err);
+        if (c.status != 0 || !c.out.empty())
+        {
+            EXPECT_EQ(result.out, c.out);
+        }
+    }
 
-TEST(TrackrefTool, OppositeZIsAHalfTurnAboutXWithoutWarning)
-{
-    const CliResult result = RunWithAxes(Eigen::Vector3d(0, 0, 0.5), Eigen::Vector3d(1, 0, 0), Eigen::Vector3d(0, 0, -1));
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.out, "{\n   \"trackref_from_imu\" : [ 1.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.5 ]\n}\n\n");
-}
+    // A zero position is only a warning: the pose still follows the axes.
+    const CliResult atOrigin =
+        RunWithAxes(Eigen::Vector3d(0, 0, 0), Eigen::Vector3d(0, 1, 0), Eigen::Vector3d(1, 0, 0));
+    EXPECT_EQ(atOrigin.status, 0);
+    EXPECT_EQ(atOrigin.err, kZeroPosition);
+    const std::array<double, 7> turned = PoseOf(atOrigin);
+    EXPECT_NEAR(turned[0], 0.5, 1e-15);
+    EXPECT_NEAR(turned[3], 0.5, 1e-15);
 
-TEST(TrackrefTool, ZeroAxesEndTheRunZCheckedFirst)
-{
-    const CliResult zeroBoth = RunWithAxes(Eigen::Vector3d(1, 0, 0), Eigen::Vector3d(0, 0, 0), Eigen::Vector3d(0, 0, 0));
-    EXPECT_EQ(zeroBoth.status, 1);
-    EXPECT_EQ(zeroBoth.err, kZeroZ);
-    EXPECT_EQ(zeroBoth.out, "");
-
-    const CliResult zeroX = RunWithAxes(Eigen::Vector3d(1, 0, 0), Eigen::Vector3d(0, 0, 0), Eigen::Vector3d(0, 0, 1));
-    EXPECT_EQ(zeroX.status, 1);
-    EXPECT_EQ(zeroX.err, kZeroX);
-    EXPECT_EQ(zeroX.out, "");
-}
-
-TEST(TrackrefTool, MissingZKeyIsAZeroAxisNotAParseError)
-{
+    // A missing key reads as zeros: not a parse error.
     TempDir dir;
     WriteFile(dir.File("imu.json"), R"({"imu_from_trackref": [1, 2, 3], "imu_plusx_in_trackref": [1, 0]})");
     const CliResult result = RunKelvorig({"/trackref_from_imu", dir.File("imu.json")});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, kZeroZ);
-}
-
-TEST(TrackrefTool, ZeroPositionIsOnlyAWarning)
-{
-    const CliResult result = RunWithAxes(Eigen::Vector3d(0, 0, 0), Eigen::Vector3d(0, 1, 0), Eigen::Vector3d(1, 0, 0));
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, kZeroPosition);
-    const std::array<double, 7> pose = PoseOf(result);
-    EXPECT_NEAR(pose[0], 0.5, 1e-15);
-    EXPECT_NEAR(pose[3], 0.5, 1e-15);
-}
-
-TEST(TrackrefTool, AxesAt89Point9DegreesWarnAndReportTheIdentity)
-{
-    // Z tilted within the XZ plane to 89.9 degrees from X: a dot product of about 0.0017.
-    const double angle = DegreesToRadians(89.9);
-    const Eigen::Vector3d plusZ(std::cos(angle), 0, std::sin(angle));
-    const CliResult result = RunWithAxes(Eigen::Vector3d(0.1, 0, 0), Eigen::Vector3d(1, 0, 0), plusZ);
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, kNotPerpendicular);
-    EXPECT_EQ(result.out, "{\n   \"trackref_from_imu\" : [ 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0 ]\n}\n\n");
-
-    // Far from any rotation, the identity matches neither axis.
-    const CliResult crooked = RunWithAxes(Eigen::Vector3d(0.1, 0, 0), Eigen::Vector3d(0, 1, 0), Eigen::Vector3d(0, 1, 1));
-    EXPECT_EQ(crooked.status, 0);
-    EXPECT_EQ(crooked.err, std::string(kNotPerpendicular) + kNoMatchZ + kNoMatchX);
-}
-
-TEST(TrackrefTool, AxesAt89Point97DegreesGiveAPoseWithZKept)
-{
-    const double angle = DegreesToRadians(89.97);
-    const Eigen::Vector3d plusX(std::sin(angle), 0, std::cos(angle));
-    const CliResult result = RunWithAxes(Eigen::Vector3d(0.1, 0, 0), plusX, Eigen::Vector3d(0, 0, 1));
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "");
-    const std::array<double, 7> pose = PoseOf(result);
-    EXPECT_EQ(pose[3], 1.0);
 }
 
 TEST(TrackrefTool, UnreadableOrBrokenFilesEndWithStatus1)

@@ -25,11 +25,18 @@ TEST(Loading, ModelThatCannotBeReadEndsTheRunWithTheLoadersMessage)
 {
     const TempDir dir;
     WriteFile(dir.File("empty.json"), "");
+    const std::string brokenText = "{ \"channelMap\": [0, }";
+    WriteFile(dir.File("broken.json"), brokenText);
+    Json::Value ignored;
+    Json::Reader reader;
+    ASSERT_FALSE(reader.parse(brokenText, ignored, true));
     const struct
     {
         std::vector<std::string> arguments;
         std::string err;
     } cases[] = {
+        {{"/model", "broken.json"},
+         "couldn't parse standalone pharoscope_config broken.json: " + reader.getFormattedErrorMessages() + "\n"},
         {{"/model", "missing.json"}, "couldn't read missing.json: file is empty or does not exist\n"},
         {{"/model", "empty.json", "/outscad", "x.scad"}, "couldn't read empty.json: file is empty or does not exist\n"},
         {{"/model", "/generate"}, "couldn't read cfg/hmd//generate.json: file is empty or does not exist\n"},
@@ -47,21 +54,6 @@ TEST(Loading, ModelThatCannotBeReadEndsTheRunWithTheLoadersMessage)
     }
 }
 
-TEST(Loading, BrokenStandaloneModelReportsTheParser)
-{
-    const TempDir dir;
-    const std::string text = "{ \"channelMap\": [0, }";
-    WriteFile(dir.File("broken.json"), text);
-    Json::Value ignored;
-    Json::Reader reader;
-    ASSERT_FALSE(reader.parse(text, ignored, true));
-
-    const CliResult result = RunKelvorig({"/model", "broken.json"}, dir.path());
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err,
-              "couldn't parse standalone pharoscope_config broken.json: " + reader.getFormattedErrorMessages() + "\n");
-}
-
 TEST(Loading, WrongTypedModelIsOneClearLineNotAnAbort)
 {
     const TempDir dir;
@@ -76,6 +68,7 @@ TEST(Loading, SurfaceThatCannotBeBuiltNamesEveryMesh)
 {
     const TempDir dir;
     WriteFile(dir.File("m.json"), R"({"channelMap": [0], "modelPoints": [[0, 0, 0]], "modelNormals": [[0, 0, 1]]})");
+    test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(kShellSize));
     const struct
     {
         std::vector<std::string> arguments;
@@ -87,6 +80,9 @@ TEST(Loading, SurfaceThatCannotBeBuiltNamesEveryMesh)
          "Could not build tracked surface from \"missing.stl\"\n"},
         {{"/generate", "/sensors", "missing.stl", "/outscad", "g.scad", "/nsensors", "4"},
          "Could not build tracked surface from \"missing.stl\"\n"},
+        // A sensor surface that reads fails on a missing obstacle.
+        {{"/model", "m.json", "/sensors", "shell.stl", "/obstacles", "missing.stl", "/outscad", "m.scad"},
+         "Could not build tracked surface from \"shell.stl\" and \"missing.stl\"\n"},
     };
     for (const auto& c : cases)
     {
@@ -125,18 +121,6 @@ TEST(Loading, ImmutableSensorCountIsCheckedBeforeTheSurfaceWarnings)
     EXPECT_EQ(result.err.find("WARNING"), std::string::npos) << result.err;
 }
 
-TEST(Loading, ObstaclesTakePartInBuildingTheSurface)
-{
-    const TempDir dir;
-    test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(kShellSize));
-    WriteFile(dir.File("m.json"), R"({"channelMap": [0], "modelPoints": [[0, 0, 0.045]], "modelNormals": [[0, 0, 1]]})");
-    const CliResult result = RunKelvorig(
-        {"/model", "m.json", "/sensors", "shell.stl", "/obstacles", "missing.stl", "/outscad", "m.scad"}, dir.path());
-    EXPECT_EQ(result.status, 1);
-    EXPECT_TRUE(EndsWith(result.err, "Could not build tracked surface from \"shell.stl\" and \"missing.stl\"\n"))
-        << result.err;
-}
-
 size_t CountRows(const std::string& drawing)
 {
     size_t rows = 0;
@@ -155,16 +139,6 @@ TEST(Dispatch, CoverageComesBeforeGenerate)
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(CountRows(test::ReadFile(dir.File("c.scad"))), 6u);
-}
-
-TEST(Dispatch, NegativeCoverageCountDrawsNoSeats)
-{
-    const TempDir dir;
-    test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(kShellSize));
-    const CliResult result =
-        RunKelvorig({"/verifycoverage", "-3", "/sensors", "shell.stl", "/outscad", "c.scad"}, dir.path());
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_NE(test::ReadFile(dir.File("c.scad")).find("sensors = [\n];\n"), std::string::npos);
 }
 
 } // namespace

@@ -53,41 +53,40 @@ std::string Drawing(const std::string& modelPath, const std::string& marker)
            marker + "}\n";
 }
 
-TEST(ModelDrawing, WritesTheWholeDrawingAndNoReport)
-{
-    const TempDir dir;
-    WriteFile(dir.File("m.json"), kModel);
-    const CliResult result = RunKelvorig({"/model", "m.json", "/outscad", "m.scad"}, dir.path());
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(ReadFile(dir.File("m.scad")), Drawing("m.json", "\t\tcylinder(r = 0.0025, h = 0.001);\n"));
-}
+const char* const kDisc = "\t\tcylinder(r = 0.0025, h = 0.001);\n";
 
-TEST(ModelDrawing, NormalsFlagDrawsCones)
+TEST(ModelDrawing, WritesTheWholeDrawingAndNoReport)
 {
     const TempDir dir;
     const std::string model = dir.File("m.json");
     WriteFile(model, kModel);
-    const CliResult result =
-        RunKelvorig({"/Model", model, "/OUTSCAD", dir.File("m.scad"), "/withscadnormals"}, dir.path());
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(ReadFile(dir.File("m.scad")), Drawing(model, "\t\tcylinder(r1 = 0.0025, r2 = 0, h = 0.005);\n"));
-}
-
-TEST(ModelDrawing, TakesPrecedenceOverTheAnalysisSwitches)
-{
-    const TempDir dir;
-    WriteFile(dir.File("m.json"), kModel);
-    const CliResult result = RunKelvorig({"/model", "m.json", "/outscad", "old.scad", "/outscad", "m.scad",
-                                          "/distancebasemeters", "3", "/basestationsensitivity", "/coolingrate", "1.0",
-                                          "/qualityrange", "5", "2", "/obstacles", "ignored.stl"},
-                                         dir.path());
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "");
+    const struct
+    {
+        std::vector<std::string> arguments;
+        std::string drawing;
+    } cases[] = {
+        {{"/model", "m.json", "/outscad", "m.scad"}, Drawing("m.json", kDisc)},
+        {{"/Model", model, "/OUTSCAD", "m.scad", "/withscadnormals"},
+         Drawing(model, "\t\tcylinder(r1 = 0.0025, r2 = 0, h = 0.005);\n")},
+        // The drawing takes precedence over the analysis switches; the last /outscad counts.
+        {{"/model", "m.json", "/outscad", "old.scad", "/outscad", "m.scad", "/distancebasemeters", "3",
+          "/basestationsensitivity", "/coolingrate", "1.0", "/qualityrange", "5", "2", "/obstacles", "ignored.stl"},
+         Drawing("m.json", kDisc)},
+    };
+    for (const auto& c : cases)
+    {
+        const CliResult result = RunKelvorig(c.arguments, dir.path());
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(ReadFile(dir.File("m.scad")), c.drawing);
+    }
     EXPECT_FALSE(std::filesystem::exists(dir.File("old.scad")));
-    EXPECT_EQ(ReadFile(dir.File("m.scad")), Drawing("m.json", "\t\tcylinder(r = 0.0025, h = 0.001);\n"));
+
+    // An output that can't be written is not a failure.
+    const CliResult unwritable = RunKelvorig({"/model", "m.json", "/outscad", "no_such_dir/m.scad"}, dir.path());
+    EXPECT_EQ(unwritable.status, 0);
+    EXPECT_EQ(unwritable.err, "");
 }
 
 // The drawing from its first line up to the sensor list, and from there to its end.
@@ -113,7 +112,7 @@ TEST(ModelDrawing, ImportsTheSurfaceMeshesScaledToMillimetres)
         {"/model", "m.json", "/sensors", "shell_m.stl", "/outscad", "m.scad", "/verifycoverage", "50"}, dir.path());
     EXPECT_EQ(metres.status, 0) << metres.err;
     // /verifycoverage draws no seats here: the model drawing comes first.
-    EXPECT_EQ(Rest(ReadFile(dir.File("m.scad"))), Rest(Drawing("m.json", "\t\tcylinder(r = 0.0025, h = 0.001);\n")));
+    EXPECT_EQ(Rest(ReadFile(dir.File("m.scad"))), Rest(Drawing("m.json", kDisc)));
     EXPECT_EQ(Head(ReadFile(dir.File("m.scad"))), "/* From m.json*/\n"
                                                    "\n"
                                                    "\n"
@@ -137,15 +136,6 @@ TEST(ModelDrawing, ImportsTheSurfaceMeshesScaledToMillimetres)
                                                     "\tcolor(\"white\") import(\"strap.stl\", convexity = 4);\n"
                                                     "}\n"
                                                     "\n");
-}
-
-TEST(ModelDrawing, UnwritableOutputIsNotAFailure)
-{
-    const TempDir dir;
-    WriteFile(dir.File("m.json"), kModel);
-    const CliResult result = RunKelvorig({"/model", "m.json", "/outscad", "no_such_dir/m.scad"}, dir.path());
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "");
 }
 
 TEST(ModelDrawing, BundledExampleSitsOnTheBundledShell)

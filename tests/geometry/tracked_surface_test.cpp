@@ -18,34 +18,6 @@ using test::WriteTextStl;
 
 constexpr uint32_t kSeed = 1234;
 
-// Builds a surface with stderr captured, so that reader messages can be checked.
-struct Built
-{
-    std::unique_ptr<TrackedSurface> surface;
-    std::string err;
-};
-
-Built Build(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths = {})
-{
-    Built built;
-    testing::internal::CaptureStderr();
-    built.surface = std::make_unique<TrackedSurface>(surfacePath, obstaclePaths, kSeed);
-    built.err = testing::internal::GetCapturedStderr();
-    return built;
-}
-
-TEST(TrackedSurfaceTest, KeepsThePathsAsGiven)
-{
-    const TempDir dir;
-    WriteBinaryStl(dir.File("box.stl"), MakeBox(Eigen::Vector3f(1, 1, 1)));
-    WriteBinaryStl(dir.File("obstacle.stl"), MakeBox(Eigen::Vector3f(1, 1, 1), Eigen::Vector3f(3, 0, 0)));
-    const TrackedSurface surface(dir.File("box.stl"), {dir.File("obstacle.stl"), dir.File("obstacle.stl")}, kSeed);
-    ASSERT_TRUE(surface.isBuilt());
-    EXPECT_EQ(surface.surfacePath(), dir.File("box.stl"));
-    EXPECT_EQ(surface.obstaclePaths(), (std::vector<std::string>{dir.File("obstacle.stl"), dir.File("obstacle.stl")}));
-    EXPECT_EQ(surface.cosMaxSurfaceAngle(), 1.0f);
-}
-
 TEST(TrackedSurfaceTest, UnitFollowsTheSensorSurfaceDiagonal)
 {
     const TempDir dir;
@@ -93,105 +65,28 @@ TEST(TrackedSurfaceTest, ObstaclesTakeTheSurfaceScale)
     EXPECT_LT(hit.primitiveId, 12);
 }
 
-TEST(TrackedSurfaceTest, NormalsAreMadeUnitLengthButNotCorrected)
+std::string Facet(const char* normal, const char* vertices)
+{
+    return std::string("facet normal ") + normal + "\nouter loop\n" + vertices + "endloop\nendfacet\n";
+}
+
+TEST(TrackedSurfaceTest, NormalsAreMadeUnitLengthAndAreasRunOverTheFacets)
 {
     const TempDir dir;
-    WriteFile(dir.File("normals.stl"),
-              "solid n\n"
-              "facet normal 0 0 5\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
-              "facet normal 0 0 -1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
-              "facet normal 0 0 0\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
-              "facet normal 3 4 0\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
-              "endsolid n\n");
-    const TrackedSurface surface(dir.File("normals.stl"), {}, kSeed);
+    const char* const triangle = "vertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n";
+    // Areas 0.5, 0 (degenerate), 2 and 0.5; normals as written, only scaled.
+    WriteFile(dir.File("facets.stl"), "solid n\n" + Facet("0 0 5", triangle) +
+                                          Facet("0 0 -1", "vertex 0 0 0\nvertex 1 0 0\nvertex 2 0 0\n") +
+                                          Facet("0 0 0", "vertex 0 0 0\nvertex 2 0 0\nvertex 0 2 1e-9\n") +
+                                          Facet("3 4 0", triangle) + "endsolid n\n");
+    const TrackedSurface surface(dir.File("facets.stl"), {}, kSeed);
     ASSERT_TRUE(surface.isBuilt());
     EXPECT_EQ(surface.faceNormals().row(0), Eigen::RowVector3f(0, 0, 1));
     EXPECT_EQ(surface.faceNormals().row(1), Eigen::RowVector3f(0, 0, -1));
     EXPECT_TRUE(surface.faceNormals().row(2).array().isNaN().all());
     EXPECT_EQ(surface.faceNormals().row(3), Eigen::RowVector3f(0.6f, 0.8f, 0));
-}
-
-TEST(TrackedSurfaceTest, AreaTableRunsOverTheFacets)
-{
-    const TempDir dir;
-    // Areas 0.5, 0 (degenerate) and 2.
-    WriteFile(dir.File("areas.stl"),
-              "solid a\n"
-              "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n"
-              "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 2 0 0\nendloop\nendfacet\n"
-              "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 2 0 0\nvertex 0 2 1e-9\nendloop\nendfacet\n"
-              "endsolid a\n");
-    const TrackedSurface surface(dir.File("areas.stl"), {}, kSeed);
-    ASSERT_TRUE(surface.isBuilt());
-    EXPECT_EQ(surface.cumulativeArea(), (std::vector<double>{0.5, 0.5, 2.5}));
-    EXPECT_EQ(surface.totalArea(), 2.5);
-}
-
-TEST(TrackedSurfaceTest, FinalSeedDrivesTheDraws)
-{
-    const TempDir dir;
-    WriteBinaryStl(dir.File("sphere.stl"), test::MakeSphere(1.0f, 10, 20));
-    TrackedSurface first(dir.File("sphere.stl"), {}, kSeed);
-    TrackedSurface second(dir.File("sphere.stl"), {}, kSeed);
-    RandomEngine engine(kSeed);
-    const std::vector<double>& table = first.cumulativeArea();
-    for (int i = 0; i < 100; ++i)
-    {
-        const double place = DrawRange(engine, 0.0, first.totalArea());
-        const int32_t expected =
-            static_cast<int32_t>(std::upper_bound(table.begin(), table.end(), place) - table.begin());
-        EXPECT_EQ(first.PickTriangle(), expected);
-        EXPECT_EQ(second.PickTriangle(), expected);
-    }
-}
-
-TEST(TrackedSurfaceTest, UnreadableOrEmptySurfacesAreNotBuilt)
-{
-    const TempDir dir;
-    WriteFile(dir.File("empty.stl"), "solid e\nendsolid e\n");
-    WriteFile(dir.File("broken.stl"), "solid b\nfacet normal 0 0 1\n");
-    WriteFile(dir.File("novertices.stl"), "solid v\nfacet normal 0 0 1\nouter loop\nendloop\nendfacet\nendsolid v\n");
-    WriteFile(dir.File("twovertices.stl"),
-              "solid v\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nendloop\nendfacet\nendsolid v\n");
-    const struct
-    {
-        std::string name;
-        std::string err;
-    } cases[] = {
-        {"missing.stl", "IOError: " + dir.File("missing.stl") + " could not be opened...\n"},
-        {"empty.stl", ""},
-        {"broken.stl", "IOError: " + dir.File("broken.stl") + " bad format (2).\n"},
-        {"novertices.stl", ""},
-        {"twovertices.stl", ""},
-    };
-    for (const auto& c : cases)
-    {
-        const Built built = Build(dir.File(c.name));
-        EXPECT_FALSE(built.surface->isBuilt()) << c.name;
-        EXPECT_EQ(built.err, c.err) << c.name;
-        EXPECT_EQ(built.surface->triangles().rows(), 0) << c.name;
-    }
-}
-
-TEST(TrackedSurfaceTest, AnyObstacleFailureUnbuildsTheSurface)
-{
-    const TempDir dir;
-    WriteBinaryStl(dir.File("box.stl"), MakeBox(Eigen::Vector3f(1, 1, 1)));
-    WriteBinaryStl(dir.File("obstacle.stl"), MakeBox(Eigen::Vector3f(1, 1, 1), Eigen::Vector3f(2, 0, 0)));
-    WriteFile(dir.File("novertices.stl"), "solid v\nfacet normal 0 0 1\nouter loop\nendloop\nendfacet\nendsolid v\n");
-    WriteFile(dir.File("empty.stl"), "solid e\nendsolid e\n");
-
-    const Built missing = Build(dir.File("box.stl"), {dir.File("obstacle.stl"), dir.File("missing.stl")});
-    EXPECT_FALSE(missing.surface->isBuilt());
-    EXPECT_EQ(missing.err, "IOError: " + dir.File("missing.stl") + " could not be opened...\n");
-
-    const Built noVertices = Build(dir.File("box.stl"), {dir.File("novertices.stl")});
-    EXPECT_FALSE(noVertices.surface->isBuilt());
-
-    // An obstacle file without facets blocks nothing, and fails nothing.
-    const Built empty = Build(dir.File("box.stl"), {dir.File("empty.stl")});
-    EXPECT_TRUE(empty.surface->isBuilt());
-    EXPECT_EQ(empty.err, "");
+    EXPECT_EQ(surface.cumulativeArea(), (std::vector<double>{0.5, 0.5, 2.5, 3.0}));
+    EXPECT_EQ(surface.totalArea(), 3.0);
 }
 
 } // namespace

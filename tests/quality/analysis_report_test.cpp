@@ -219,107 +219,58 @@ TEST(CoverageReport, RowsMatchIndependentComputation)
 
 // Sensors all facing +X, seen from yaw +90 degrees of a quarter-turn grid; the middle row
 // is +Z, whose record is not a number.
-struct SolvabilityCase
+TEST(CoverageReport, SolvabilityPercentagesFollowTheCases)
 {
-    const char* name;
-    std::vector<Eigen::Vector3f> points;
-    int solvable;
-    int failure;
-};
-
-class CoverageSolvabilityTest : public ::testing::TestWithParam<SolvabilityCase>
-{
-};
-
-TEST_P(CoverageSolvabilityTest, PercentagesFollowTheCases)
-{
-    const SolvabilityCase& c = GetParam();
-    SensorLayout layout = MakeLayout(c.points, std::vector<Eigen::Vector3f>(c.points.size(), Eigen::Vector3f::UnitX()));
-    QualityEvaluator evaluator;
-    evaluator.SetModel(layout);
-    evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
-    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
-    const std::vector<std::string> lines = Lines(report.out);
-    ASSERT_EQ(lines.size(), 15u);
-
-    const CoverageRow seen = ParseCoverageRow(lines[10]);
-    EXPECT_EQ(seen.yaw, 1.570796);
-    EXPECT_EQ(seen.pitch, 0.0);
-    EXPECT_EQ(static_cast<size_t>(seen.count), c.points.size());
-    EXPECT_EQ(seen.solvable, c.solvable) << lines[10];
-    EXPECT_EQ(seen.failure, c.failure) << lines[10];
-    if (c.solvable != 0)
+    const Eigen::Vector3f a(0, 0, 0), b(0, 0.1f, 0), c(0, 0, 0.1f), d(0.04f, 0.06f, 0.07f);
+    const struct
     {
-        EXPECT_LT(seen.positionError, 1.0);
-        EXPECT_LT(seen.rotationError, 1.0);
+        std::vector<Eigen::Vector3f> points;
+        int solvable;
+        int failure;
+    } cases[] = {
+        {{a, b, c, d}, 99, 1},
+        {{a, b, c, d, {0.02f, -0.05f, 0.03f}}, 100, 0},
+        {{a, b, c, {0, 0.08f, 0.09f}}, 96, 4},
+        {{a, b, c}, 0, 100},
+    };
+    for (const auto& test : cases)
+    {
+        SensorLayout layout =
+            MakeLayout(test.points, std::vector<Eigen::Vector3f>(test.points.size(), Eigen::Vector3f::UnitX()));
+        QualityEvaluator evaluator;
+        evaluator.SetModel(layout);
+        evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
+        const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+        const std::vector<std::string> lines = Lines(report.out);
+        ASSERT_EQ(lines.size(), 15u);
+
+        const CoverageRow seen = ParseCoverageRow(lines[10]);
+        EXPECT_EQ(seen.yaw, 1.570796);
+        EXPECT_EQ(seen.pitch, 0.0);
+        EXPECT_EQ(static_cast<size_t>(seen.count), test.points.size());
+        EXPECT_EQ(seen.solvable, test.solvable) << lines[10];
+        EXPECT_EQ(seen.failure, test.failure) << lines[10];
+        if (test.solvable != 0)
+        {
+            EXPECT_LT(seen.positionError, 1.0);
+            EXPECT_LT(seen.rotationError, 1.0);
+        }
+
+        // The +Z row goes through every step and fails, seeing every sensor without a surface.
+        std::ostringstream nanRow;
+        nanRow << "0.000000 0.000000 2.0 0.0 " << test.points.size() << " 0 0 0 0 100 1.000000 1.000000";
+        for (size_t i = 0; i < test.points.size(); ++i)
+            nanRow << ' ' << i;
+        EXPECT_EQ(lines[7], nanRow.str());
+
+        // Facing away: nothing seen.
+        EXPECT_EQ(lines[4], "-1.570796 0.000000 2.0 0.0 0 0 0 0 0 100 1.000000 1.000000");
+        EXPECT_EQ(report.err, "");
     }
-
-    // The +Z row goes through every step and fails, seeing every sensor without a surface.
-    std::ostringstream nanRow;
-    nanRow << "0.000000 0.000000 2.0 0.0 " << c.points.size() << " 0 0 0 0 100 1.000000 1.000000";
-    for (size_t i = 0; i < c.points.size(); ++i)
-        nanRow << ' ' << i;
-    EXPECT_EQ(lines[7], nanRow.str());
-
-    // Facing away: nothing seen.
-    EXPECT_EQ(lines[4], "-1.570796 0.000000 2.0 0.0 0 0 0 0 0 100 1.000000 1.000000");
-    EXPECT_EQ(report.err, "");
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, CoverageSolvabilityTest,
-    ::testing::Values(
-        SolvabilityCase{"FourOffOnePlane",
-                        {{0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}, {0.04f, 0.06f, 0.07f}},
-                        99,
-                        1},
-        SolvabilityCase{"Five", {{0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}, {0.04f, 0.06f, 0.07f}, {0.02f, -0.05f, 0.03f}}, 100, 0},
-        SolvabilityCase{"FourCoplanar", {{0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}, {0, 0.08f, 0.09f}}, 96, 4},
-        SolvabilityCase{"Three", {{0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}}, 0, 100}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 // A tilted sweep that can't reach a visible sensor leaves both errors at 1.0, while the
 // percentages still come from the geometry.
-TEST(CoverageReport, FailedTiltedSweepKeepsDefaultErrors)
-{
-    const std::vector<Eigen::Vector3f> points = {
-        {0, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}, {0.04f, 0.06f, 0.07f}, {0.02f, 0.9f, 0.03f}};
-    SensorLayout layout = MakeLayout(points, std::vector<Eigen::Vector3f>(points.size(), Eigen::Vector3f::UnitX()));
-    QualityEvaluator evaluator;
-    evaluator.SetModel(layout);
-    evaluator.SetBaseStationModel(BaseStationModel{7, 1.2});
-    evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
-    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
-    EXPECT_EQ(Lines(report.out)[10], "1.570796 0.000000 2.0 0.0 5 0 0 0 100 0 1.000000 1.000000 0 1 2 3 4");
-}
-
-TEST(CoverageReport, EmptyLayoutGivesFullTable)
-{
-    const SensorLayout empty = MakeLayout({}, {});
-    QualityEvaluator evaluator;
-    evaluator.SetModel(empty);
-    evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
-    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
-    const std::vector<std::string> lines = Lines(report.out);
-    ASSERT_EQ(lines.size(), 15u);
-    EXPECT_EQ(lines[0], "-3.141593 -1.570796 2.0 0.0 0 0 0 0 0 100 1.000000 1.000000");
-    for (const std::string& line : lines)
-        EXPECT_NE(line.find(" 2.0 0.0 0 0 0 0 0 100 1.000000 1.000000"), std::string::npos) << line;
-    EXPECT_EQ(report.err, "");
-}
-
-TEST(CoverageReport, DistanceIsTheTranslationLength)
-{
-    const SensorLayout empty = MakeLayout({}, {});
-    QualityEvaluator evaluator;
-    evaluator.SetModel(empty);
-    evaluator.SampleAnalysisPoses(kFullTurn, 4.0);
-    evaluator.poseVector()[0] = 3.0;
-    evaluator.poseVector()[2] = -4.0;
-    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
-    EXPECT_EQ(Lines(report.out)[0], "-3.141593 -1.570796 5.0 0.0 0 0 0 0 0 100 1.000000 1.000000");
-}
-
 struct SensitivityRow
 {
     double yaw, pitch;
@@ -376,40 +327,7 @@ TEST(SensitivityReport, RowsMatchIndependentComputation)
                           "did not see sensor id 9\n");
 }
 
-TEST(SensitivityReport, EmptyLayoutAndNaNPoseGiveOnes)
-{
-    const SensorLayout empty = MakeLayout({}, {});
-    QualityEvaluator evaluator;
-    evaluator.SetModel(empty);
-    evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
-    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteSensitivityReport(out, err); });
-    const std::vector<std::string> lines = Lines(report.out);
-    ASSERT_EQ(lines.size(), 15u);
-    EXPECT_EQ(lines[7], "0.000000 0.000000 1.000000 1.000000 1.000000");
-    for (const std::string& line : lines)
-        EXPECT_NE(line.find(" 1.000000 1.000000 1.000000"), std::string::npos) << line;
-    EXPECT_EQ(report.err, "");
-}
-
 // everSeen counts the passes since the last rebuild: a new report after SetModel names
 // the unseen sensor again, and a sensor seen once is never named.
-TEST(AnalysisReport, UnseenSensorsAreNamedOnceAtTheEnd)
-{
-    const std::vector<Eigen::Vector3f> points = {{0, 0, 0}, {0.1f, 0, 0}, {0, 0.1f, 0}};
-    const std::vector<Eigen::Vector3f> normals = {Eigen::Vector3f::UnitZ(), Eigen::Vector3f::Zero(), Eigen::Vector3f::Zero()};
-    TrackedObjectModel model;
-    model.valid = true;
-    model.channelMap = {4, 9, 2};
-    model.modelPoints = points;
-    model.modelNormals = normals;
-    const SensorLayout layout(model, kIdentityTransform);
-    QualityEvaluator evaluator;
-    evaluator.SetModel(layout);
-    evaluator.SampleAnalysisPoses(kFullTurn, kFifteenDegrees);
-    const Captured first = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
-    EXPECT_EQ(first.err, "did not see sensor id 9\ndid not see sensor id 2\n");
-    EXPECT_NE(first.out.find(" 4\n"), std::string::npos);
-}
-
 } // namespace
 } // namespace kelvorig

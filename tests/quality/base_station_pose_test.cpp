@@ -39,21 +39,8 @@ TEST(BaseStationPose, TurnsDirectionOntoZ)
     }
 }
 
-TEST(BaseStationPose, PlusAndMinusZGiveNaNRecords)
-{
-    for (const Triple<double>& v : {Triple<double>{0.0, 0.0, 1.0}, Triple<double>{0.0, 0.0, -1.0}})
-    {
-        const BaseStationPose pose = PoseTowardDirection(v);
-        EXPECT_TRUE(std::isnan(pose.quaternion.w));
-        EXPECT_TRUE(std::isnan(pose.quaternion.z));
-        EXPECT_TRUE(std::isnan(pose.rotationVector[0]));
-        EXPECT_EQ(pose.direction, v);
-    }
-}
-
 TEST(BaseStationPose, RotationVectorOfIdentityAndOfNegativeW)
 {
-    EXPECT_EQ(RotationVectorFromQuaternion({1.0, 0.0, 0.0, 0.0}), (Triple<double>{0.0, 0.0, 0.0}));
     // A quarter turn about Z, either sign of the quaternion: the shorter way round.
     const double h = std::sqrt(0.5);
     const Triple<double> plus = RotationVectorFromQuaternion({h, 0.0, 0.0, h});

@@ -24,15 +24,5 @@ TEST(MeasurementWeights, MatchesClosedForm)
     }
 }
 
-TEST(MeasurementWeights, TopLeftBlockIsNotTheBlockInverse)
-{
-    const Eigen::MatrixXd weights = MeasurementWeights();
-    const double a = 2.2206609902451057e-09;
-    const double b = 1.579136704174297e-10;
-    // Two rows of different axes only: the block of the covariance is diagonal, its
-    // inverse would be 1/(A + B) there, but the weights keep all 32 slots' sharing.
-    EXPECT_GT(std::abs(weights(0, 0) - 1.0 / (a + b)), 1.0);
-}
-
 } // namespace
 } // namespace kelvorig

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
 
 namespace kelvorig {
 namespace {
@@ -59,18 +58,6 @@ TEST(PoseSolvability, EnoughHitsNeedsFourPerAxisAndEightInAll)
 }
 
 // Hits appended after construction are read at the next question.
-TEST(PoseSolvability, ReadsHitsAppendedLater)
-{
-    const SensorLayout layout = TwoSquares();
-    std::vector<SweepHit> hits = BothAxes({0, 1, 2});
-    PoseSolvability solvability(layout, hits);
-    EXPECT_FALSE(solvability.HasEnoughHits());
-    hits.push_back({4, 0});
-    hits.push_back({4, 1});
-    EXPECT_TRUE(solvability.HasEnoughHits());
-    EXPECT_TRUE(solvability.IsGeometrySolvable());
-}
-
 TEST(PoseSolvability, GeometryCases)
 {
     const SensorLayout layout = TwoSquares();
@@ -100,35 +87,6 @@ TEST(PoseSolvability, GeometryCases)
     }
 }
 
-TEST(PoseSolvability, FindNonPlanarSet)
-{
-    const SensorLayout layout = TwoSquares();
-    const std::vector<SweepHit> none;
-    const PoseSolvability solvability(layout, none);
-    EXPECT_FALSE(solvability.FindNonPlanarSet({0, 1, 2, 3}));
-    EXPECT_TRUE(solvability.FindNonPlanarSet({0, 1, 2, 4}));
-    // The first triple is skinny (all on one line), a later one isn't.
-    const SensorLayout line = MakeLayout(
-        {Eigen::Vector3f(0, 0, 0), Eigen::Vector3f(0.1f, 0, 0), Eigen::Vector3f(0.2f, 0, 0), Eigen::Vector3f(0, 0.1f, 0),
-         Eigen::Vector3f(0, 0, 0.1f)},
-        std::vector<Eigen::Vector3f>(5, Eigen::Vector3f::UnitZ()));
-    const PoseSolvability onLine(line, none);
-    EXPECT_TRUE(onLine.FindNonPlanarSet({0, 1, 2, 3, 4}));
-    EXPECT_FALSE(onLine.FindNonPlanarSet({0, 1, 2, 3}));
-}
-
-TEST(PoseSolvability, SensorsInALineAreNeverSolvable)
-{
-    std::vector<Eigen::Vector3f> points;
-    for (int i = 0; i < 6; ++i)
-        points.emplace_back(0.05f * static_cast<float>(i), 0.0f, 0.0f);
-    const SensorLayout layout = MakeLayout(points, std::vector<Eigen::Vector3f>(6, Eigen::Vector3f::UnitZ()));
-    const std::vector<SweepHit> hits = BothAxes({0, 1, 2, 3, 4, 5});
-    PoseSolvability solvability(layout, hits);
-    EXPECT_TRUE(solvability.HasEnoughHits());
-    EXPECT_FALSE(solvability.IsGeometrySolvable());
-}
-
 // A fourth sensor closer to the plane than the smallest feature doesn't count as off it.
 TEST(PoseSolvability, MinFeatureSizeSetsTheThreshold)
 {
@@ -140,22 +98,6 @@ TEST(PoseSolvability, MinFeatureSizeSetsTheThreshold)
     EXPECT_FALSE(solvability.FindNonPlanarSet({0, 1, 2, 3}));
     solvability.minFeatureSize = 0.005;
     EXPECT_TRUE(solvability.FindNonPlanarSet({0, 1, 2, 3}));
-}
-
-TEST(PoseSolvability, UnknownIdThrows)
-{
-    const SensorLayout layout = TwoSquares();
-    const std::vector<SweepHit> none;
-    const PoseSolvability solvability(layout, none);
-    try
-    {
-        solvability.FindNonPlanarSet({0, 1, 2, 9});
-        FAIL() << "no exception";
-    }
-    catch (const std::out_of_range& error)
-    {
-        EXPECT_STREQ(error.what(), "invalid map<K, T> key");
-    }
 }
 
 } // namespace

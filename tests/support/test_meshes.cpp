@@ -34,12 +34,6 @@ Eigen::Vector3f TestMesh::FacetNormal(size_t t) const
     return length > 0.0f ? Eigen::Vector3f(cross / length) : Eigen::Vector3f::Zero();
 }
 
-float TestMesh::FacetArea(size_t t) const
-{
-    const std::array<int, 3>& f = triangles[t];
-    return 0.5f * (vertices[f[1]] - vertices[f[0]]).cross(vertices[f[2]] - vertices[f[0]]).norm();
-}
-
 TestMesh MakeBox(const Eigen::Vector3f& size, const Eigen::Vector3f& centre)
 {
     TestMesh mesh;
@@ -103,14 +97,6 @@ TestMesh MakeSphere(float radius, int rings, int segments, const Eigen::Vector3f
         }
         mesh.triangles.push_back({south, at(rings - 1, segment + 1), at(rings - 1, segment)});
     }
-    return mesh;
-}
-
-TestMesh MakeTriangle(const Eigen::Vector3f& a, const Eigen::Vector3f& b, const Eigen::Vector3f& c)
-{
-    TestMesh mesh;
-    mesh.vertices = {a, b, c};
-    mesh.triangles = {{0, 1, 2}};
     return mesh;
 }
 

@@ -17,8 +17,6 @@ struct TestMesh
 
     // Unit normal of facet t from its winding; zero for a degenerate facet.
     Eigen::Vector3f FacetNormal(size_t t) const;
-    // Area of facet t.
-    float FacetArea(size_t t) const;
 };
 
 // Axis-aligned box of the given size, centred on `centre`: 12 facets.
@@ -29,8 +27,6 @@ TestMesh MakePlate(float width, float thickness);
 TestMesh MakeTetrahedron(float edge);
 // Latitude-longitude sphere: rings by segments facets, poles as fans.
 TestMesh MakeSphere(float radius, int rings, int segments, const Eigen::Vector3f& centre = Eigen::Vector3f::Zero());
-// One facet (open surface), wound a, b, c.
-TestMesh MakeTriangle(const Eigen::Vector3f& a, const Eigen::Vector3f& b, const Eigen::Vector3f& c);
 
 // Both meshes in one, `second` behind `first`.
 TestMesh Combine(const TestMesh& first, const TestMesh& second);
