@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <fstream>
 #include <iostream>
 
@@ -133,12 +134,13 @@ void TrackrefSample()
 
 void TrackrefFromFile(const std::string& path)
 {
-    // A value of the wrong JSON type makes the library throw; that is a broken input file.
+    // A value of the wrong JSON type makes the library throw, and reading a directory makes
+    // the stream throw; either is an unreadable input file.
     try
     {
         PrintPoseFromFile(path);
     }
-    catch (const Json::Exception& e)
+    catch (const std::exception& e)
     {
         Fail("couldn't read %s: %s\n", path, e.what());
     }

@@ -294,5 +294,35 @@ TEST(DeviceConfigReader, SensorModelSectionNeverFailsTheParseAndASecondParseExte
     EXPECT_EQ(twice.pharoscope_config.channelMap, (std::vector<int32_t>{1, 2, 1, 2}));
 }
 
+// Every key the reader knows, with every JSON kind in its place: the parse either passes
+// or fails with one of its own texts, and never throws.
+TEST(DeviceConfigReader, AnyKindOfValueUnderAnyKeyIsHandled)
+{
+    const char* const keys[] = {
+        "revision", "type", "device_class", "device_vid", "device_serial_number", "seconds_from_vsync_to_photons",
+        "device", "display_edid", "display_mc", "display_gc", "tracking_camera_unique_id",
+        "tracking_to_eye_transform", "imu", "head", "trackref_from_imu", "trackref_from_head", "gyro_bias",
+        "pharoscope_config", "tracked_camera", "resource_root", "firmware_config"};
+    const char* const values[] = {"null", "true", "-3", "4000000000", "1e300", "\"text\"", "[]", "[1, \"a\", [2]]",
+                                  "{}", "{\"type\": [1], \"position\": {}, \"intrinsics\": 3}", "[{\"a\": 1}]"};
+    for (const char* key : keys)
+    {
+        for (const char* value : values)
+        {
+            const std::string text = "{" + kDevice + R"(, "device_class": "controller", ")" + key + "\": " + value + "}";
+            DeviceConfig config;
+            std::string error;
+            bool passed = false;
+            EXPECT_NO_THROW(passed = config.Parse(error, text)) << text;
+            if (!passed)
+            {
+                EXPECT_TRUE(error == "exception thrown in JSON library" ||
+                            error == "missing values from \"device\" section")
+                    << text << " -> " << error;
+            }
+        }
+    }
+}
+
 } // namespace
 } // namespace kelvorig

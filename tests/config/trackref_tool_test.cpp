@@ -215,6 +215,10 @@ TEST(TrackrefTool, UnreadableOrBrokenFilesEndWithStatus1)
     EXPECT_EQ(typed.status, 1);
     EXPECT_EQ(typed.err.rfind("couldn't read " + dir.File("typed.json") + ": ", 0), 0u) << typed.err;
     EXPECT_EQ(typed.out, "");
+
+    const CliResult directory = RunKelvorig({"/trackref_from_imu", dir.path()});
+    EXPECT_EQ(directory.status, 1);
+    EXPECT_EQ(directory.err.rfind("couldn't read " + dir.path() + ": ", 0), 0u) << directory.err;
 }
 
 } // namespace

@@ -1,0 +1,74 @@
+#include "config/log_writer.h"
+
+#include "config/timestamp_text.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+
+namespace kelvorig {
+namespace {
+
+const char* const kStamp = R"([A-Z][a-z]{2} [A-Z][a-z]{2} \d{2} \d{4} \d{2}:\d{2}:\d{2}\.\d{3})";
+
+std::string Contents(FILE* stream)
+{
+    std::fflush(stream);
+    std::rewind(stream);
+    std::string text;
+    char buffer[256];
+    size_t got;
+    while ((got = std::fread(buffer, 1, sizeof buffer, stream)) > 0)
+        text.append(buffer, got);
+    return text;
+}
+
+TEST(TimestampText, FormatsWithAndWithoutMilliseconds)
+{
+    EXPECT_TRUE(std::regex_match(TimestampText(true), std::regex(kStamp))) << TimestampText(true);
+    const std::string plain = TimestampText(false);
+    EXPECT_TRUE(std::regex_match(plain, std::regex(R"([A-Z][a-z]{2} [A-Z][a-z]{2} \d{2} \d{2}:\d{2}:\d{2} \d{4})")))
+        << plain;
+}
+
+TEST(LogWriter, PrefixesLinesAndClosesOpenOnes)
+{
+    FILE* stream = std::tmpfile();
+    FILE* second = std::tmpfile();
+    LogWriter log;
+    log.Write(0, false, "dropped: not open\n");
+    log.Open(stream, second, "kelvorig", 2);
+    log.Write(1, false, "Out of thread local storage!\n");
+    log.Write(3, false, "dropped: above the level\n");
+    log.Write(2, false, "count %d", 7);
+    log.Write(2, true, ", continued\n");
+    log.Write(2, false, "open");
+    log.Write(2, false, "next\n");
+
+    const std::string s = kStamp;
+    EXPECT_TRUE(std::regex_match(Contents(stream), std::regex(s + " - Out of thread local storage!\n" + s +
+                                                             " - count 7, continued\n" + s + " - open\n" + s +
+                                                             " - next\n")))
+        << Contents(stream);
+    EXPECT_TRUE(std::regex_match(Contents(second),
+                                 std::regex(s + " - kelvorig - Out of thread local storage!\n" + s +
+                                            " - kelvorig - count 7kelvorig - , continued\n" + s +
+                                            " - kelvorig - open" + s + " - kelvorig - next\n")))
+        << Contents(second);
+    std::fclose(stream);
+    std::fclose(second);
+}
+
+TEST(LogWriter, MessagesAreCutAt2048Bytes)
+{
+    FILE* stream = std::tmpfile();
+    LogWriter log;
+    log.Open(stream, nullptr, "k", 0);
+    log.Write(0, false, "%s", std::string(5000, 'x').c_str());
+    EXPECT_EQ(Contents(stream).size(), LogWriter::kMaxMessageBytes - 1);
+    std::fclose(stream);
+}
+
+} // namespace
+} // namespace kelvorig

@@ -1,0 +1,140 @@
+#include "driver/generate_run.h"
+
+#include "geometry/angles.h"
+#include "optimiser/mesh_surface.h"
+#include "quality/quality_evaluator.h"
+#include "support/cli_runner.h"
+
+#include <gtest/gtest.h>
+#include <json/reader.h>
+
+#include <cmath>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace kelvorig {
+namespace {
+
+constexpr int32_t kOrientations = 20;
+
+// The arguments of a quick generate run on the test box: few orientations, a short schedule.
+std::vector<std::string> QuickGenerate(const test::MeshSurface& box, std::vector<std::string> outputs)
+{
+    std::vector<std::string> arguments = {"/generate", "/nsensors", "5", "/sensors", box.path(),
+                                          "/norientations", "20", "/niterations", "1", "/coolingrate", "0.5",
+                                          "/angleresolutiondegrees", "10"};
+    arguments.insert(arguments.end(), outputs.begin(), outputs.end());
+    return arguments;
+}
+
+// Splits "<header line>\n<rest>" at the first line end.
+std::pair<std::string, std::string> SplitFirstLine(const std::string& text)
+{
+    const size_t end = text.find('\n');
+    return {text.substr(0, end + 1), text.substr(end + 1)};
+}
+
+TEST(OrientationSpacing, TightensTheIncidenceLimitByRadiansTakenFromDegrees)
+{
+    EXPECT_NEAR(60.0 - 0.5 * OrientationSpacing(1250), 59.946, 0.0005);
+    EXPECT_NEAR(70.0 - 0.5 * OrientationSpacing(1250), 69.946, 0.0005);
+    EXPECT_TRUE(std::isnan(OrientationSpacing(3)));
+}
+
+TEST(GenerateRun, ImmutableCountMustStayBelowSensorCount)
+{
+    test::MeshSurface box;
+    test::TempDir dir;
+    const std::string model = dir.File("immutable.json");
+    test::WriteFile(model, R"({"channelMap": [4, 9],
+        "modelPoints": [[0, 0, 0.05], [0.05, 0.01, -0.02]],
+        "modelNormals": [[0, 0, 1], [1, 0, 0]]})");
+    struct Case
+    {
+        std::string nSensors;
+        std::string message;
+    };
+    const Case cases[] = {
+        {"1", "Model of immutable sensors has more than /nsensors 1!\n\n"},
+        {"2", "Model of immutable sensors has the same count as /nsensors 2.  Nothing would change!\n"},
+    };
+    for (const Case& c : cases)
+    {
+        const test::CliResult result = test::RunKelvorig({"/generate", "/nsensors", c.nSensors, "/model", model,
+                                                          "/sensors", box.path(), "/outmodel", dir.File("out.json")});
+        EXPECT_EQ(result.status, 1) << c.nSensors;
+        EXPECT_EQ(result.err, c.message);
+        EXPECT_EQ(result.out, "");
+        EXPECT_FALSE(std::filesystem::exists(dir.File("out.json")));
+    }
+}
+
+TEST(GenerateRun, BothFilesCarryTheSameScoreAndJsonAndTheReportFollows)
+{
+    test::MeshSurface box;
+    test::TempDir dir;
+    const test::CliResult result = test::RunKelvorig(
+        QuickGenerate(box, {"/outmodel", dir.File("out.json"), "/outscad", dir.File("out.scad")}));
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.err.rfind("anneal duration: 57.4018\n", 0), 0u) << result.err;
+    EXPECT_FALSE(result.out.empty());
+
+    const auto [jsonHeader, json] = SplitFirstLine(test::ReadFile(dir.File("out.json")));
+    const std::string prefix = "// Final Quality Score: ";
+    const std::string suffix = " / 1000 (lower is better)\n";
+    ASSERT_EQ(jsonHeader.rfind(prefix, 0), 0u) << jsonHeader;
+    ASSERT_GT(jsonHeader.size(), prefix.size() + suffix.size());
+    EXPECT_EQ(jsonHeader.substr(jsonHeader.size() - suffix.size()), suffix);
+    const std::string score = jsonHeader.substr(prefix.size(), jsonHeader.size() - prefix.size() - suffix.size());
+
+    const std::string scad = test::ReadFile(dir.File("out.scad"));
+    const std::string scadHead =
+        "/* Final Quality Score: " + score + " / 1000 (lower is better) */\n/*\n" + json.substr(0, json.size() - 1) + "*/\n\n";
+    EXPECT_EQ(scad.substr(0, scadHead.size()), scadHead);
+    EXPECT_GT(scad.size(), scadHead.size());
+
+    // The score is that of the written layout, scored as the anneal scored it.
+    Json::Value section;
+    ASSERT_TRUE(Json::Reader().parse(test::ReadFile(dir.File("out.json")), section, true));
+    Json::Value root;
+    root["pharoscope_config"] = section;
+    TrackedObjectModel model;
+    ASSERT_TRUE(model.ParseModelSection(root));
+    EXPECT_EQ(model.channelMap, (std::vector<int32_t>{0, 1, 2, 3, 4}));
+
+    SensorLayout layout(model, kIdentityTransform);
+    layout.cosMaxIncidence = std::cos(DegreesToRadians(60.0 - 0.5 * OrientationSpacing(kOrientations)));
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SetSurface(&box.surface());
+    evaluator.SampleOrientations(kOrientations);
+    std::ostringstream recomputed;
+    recomputed << evaluator.EvaluateQuality();
+    EXPECT_EQ(score, recomputed.str());
+}
+
+TEST(GenerateRun, OneOutputAloneWritesOnlyThatFile)
+{
+    test::MeshSurface box;
+    {
+        test::TempDir dir;
+        const test::CliResult result = test::RunKelvorig(QuickGenerate(box, {"/outmodel", dir.File("only.json")}));
+        ASSERT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(test::ReadFile(dir.File("only.json")).rfind("// Final Quality Score: ", 0), 0u);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
+        EXPECT_FALSE(result.out.empty());
+    }
+    {
+        test::TempDir dir;
+        const test::CliResult result = test::RunKelvorig(QuickGenerate(box, {"/outscad", dir.File("only.scad")}));
+        ASSERT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(test::ReadFile(dir.File("only.scad")).rfind("/* Final Quality Score: ", 0), 0u);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
+        EXPECT_FALSE(result.out.empty());
+    }
+}
+
+} // namespace
+} // namespace kelvorig

@@ -1,0 +1,153 @@
+#include "optimiser/sensor_placement_annealer.h"
+
+#include "geometry/tracked_surface.h"
+#include "optimiser/placement_problem.h"
+#include "optimiser/mesh_surface.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace kelvorig {
+namespace {
+
+constexpr uint32_t kAnnealerSeed = 77;
+
+// A layout of `count` sensors on the test box whose first `immutable` sensors are fixed.
+PlacementLayout SeatedLayout(TrackedSurface& surface, int32_t count, uint32_t immutable)
+{
+    PlacementLayout layout(count);
+    PlacementProblem(count, surface).PlaceInitialSensors(layout);
+    layout.immutableCount = immutable;
+    return layout;
+}
+
+SensorPlacementAnnealer MakeAnnealer(PlacementLayout& layout, TrackedSurface& surface)
+{
+    return SensorPlacementAnnealer(layout, surface, 1, 20, 0.5, -1.0, -1.0, kAnnealerSeed);
+}
+
+TEST(SensorPlacementAnnealer, OneMovableSensorMovesWithoutAnIndexDraw)
+{
+    test::MeshSurface box;
+    PlacementLayout layout = SeatedLayout(box.surface(), 3, 2);
+    SensorPlacementAnnealer annealer = MakeAnnealer(layout, box.surface());
+
+    testing::internal::CaptureStderr();
+    annealer.MoveOneSensor(kStartTemperature);
+    annealer.MoveOneSensor(kStartTemperature);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "..");
+
+    // Only the kind of each move is drawn from the engine.
+    RandomEngine reference(kAnnealerSeed);
+    reference.discard(2);
+    EXPECT_EQ(annealer.engine(), reference);
+    EXPECT_EQ(annealer.movedIndex(), 2);
+}
+
+TEST(SensorPlacementAnnealer, IndexIsDrawnUniformlyOverMovableSensorsOnly)
+{
+    test::MeshSurface box;
+    PlacementLayout layout = SeatedLayout(box.surface(), 5, 2);
+    SensorPlacementAnnealer annealer = MakeAnnealer(layout, box.surface());
+
+    RandomEngine reference(kAnnealerSeed);
+    for (int move = 0; move < 50; ++move)
+    {
+        testing::internal::CaptureStderr();
+        annealer.MoveOneSensor(1.0);
+        testing::internal::GetCapturedStderr();
+        const uint32_t word = static_cast<uint32_t>(reference());
+        ASSERT_NE(word, 4294967295u);  // the one word that three movable sensors refuse
+        EXPECT_EQ(annealer.movedIndex(), 2 + static_cast<int32_t>(word % 3)) << move;
+        reference.discard(1);  // the kind of move
+    }
+    EXPECT_EQ(annealer.engine(), reference);
+}
+
+TEST(SensorPlacementAnnealer, UndoRestoresTheMovedSensorExactlyAndImmutablesNeverMove)
+{
+    test::MeshSurface box;
+    PlacementLayout layout = SeatedLayout(box.surface(), 4, 1);
+    const PlacementLayout before = layout;
+    SensorPlacementAnnealer annealer = MakeAnnealer(layout, box.surface());
+
+    testing::internal::CaptureStderr();
+    int changed = 0;
+    for (int move = 0; move < 30; ++move)
+    {
+        annealer.MoveOneSensor(kStartTemperature);
+        changed += layout.positions[annealer.movedIndex()] != before.positions[annealer.movedIndex()];
+        EXPECT_EQ(layout.positions[0], before.positions[0]);
+        EXPECT_EQ(layout.normals[0], before.normals[0]);
+        annealer.UndoMove();
+        ASSERT_EQ(layout.positions, before.positions) << move;
+        ASSERT_EQ(layout.normals, before.normals) << move;
+    }
+    testing::internal::GetCapturedStderr();
+    EXPECT_GT(changed, 25);
+}
+
+TEST(SensorPlacementAnnealer, LocalMovesFollowTheNormalMoreTightlyAsTemperatureFalls)
+{
+    // A plate whose top and bottom hold nearly all the area: from the top, a local move near
+    // the stop temperature (limit about 0.96) finds another seat on the top within its 20
+    // tries, while at the start temperature (limit below -1) the first seat of any face
+    // will do. A global move goes anywhere. Which kind a move is follows from the engine.
+    test::MeshSurface plate(test::MakePlate(0.2f, 0.01f));
+    PlacementLayout layout = SeatedLayout(plate.surface(), 2, 1);
+    SensorPlacementAnnealer annealer = MakeAnnealer(layout, plate.surface());
+    const Eigen::Vector3d up(0.0, 0.0, 1.0);
+
+    struct Counts
+    {
+        int localOffTop = 0;
+        int local = 0;
+        int global = 0;
+    };
+    RandomEngine reference(kAnnealerSeed);
+    const auto run = [&](double temperature)
+    {
+        Counts counts;
+        for (int move = 0; move < 80; ++move)
+        {
+            layout.positions[1] = Eigen::Vector3d::Zero();
+            layout.normals[1] = up;
+            annealer.MoveOneSensor(temperature);
+            const bool local = DrawUnit(reference) > 0.1;
+            counts.local += local;
+            counts.global += !local;
+            counts.localOffTop += local && layout.normals[1] != up;
+        }
+        return counts;
+    };
+
+    testing::internal::CaptureStderr();
+    const Counts cold = run(kStopTemperature);
+    const Counts hot = run(kStartTemperature);
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(annealer.engine(), reference);
+    EXPECT_GT(cold.local, 60);
+    EXPECT_GT(cold.global, 0);
+    EXPECT_EQ(cold.localOffTop, 0);
+    EXPECT_GT(hot.localOffTop, 20);
+}
+
+TEST(SensorPlacementAnnealer, SnapshotIsSilentOnlyTheFirstTime)
+{
+    test::MeshSurface box;
+    PlacementLayout layout = SeatedLayout(box.surface(), 3, 0);
+    SensorPlacementAnnealer annealer = MakeAnnealer(layout, box.surface());
+
+    testing::internal::CaptureStderr();
+    const TrackedObjectModel first = annealer.Snapshot();
+    const TrackedObjectModel second = annealer.Snapshot();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "(0)");
+    EXPECT_TRUE(first.valid);
+    EXPECT_EQ(first.channelMap, (std::vector<int32_t>{0, 1, 2}));
+    EXPECT_EQ(first.modelPoints[2], layout.positions[2].cast<float>());
+    EXPECT_EQ(second.modelNormals, first.modelNormals);
+}
+
+} // namespace
+} // namespace kelvorig
