@@ -2,6 +2,7 @@
 
 #include "geometry/tracked_surface.h"
 #include "optimiser/mesh_surface.h"
+#include "support/occluded_cube.h"
 #include "quality/worker_pool.h"
 
 #include <gtest/gtest.h>
@@ -19,16 +20,6 @@ constexpr int32_t kOrientations = 120;
 uint64_t Bits(double value)
 {
     return std::bit_cast<uint64_t>(value);
-}
-
-// A cube with a slab standing off one face and a post on top: sensors on the cube are
-// hidden behind them at some poses, so occlusion decides part of the score.
-test::TestMesh OccludingMesh()
-{
-    const test::TestMesh cube = test::MakeBox(Eigen::Vector3f(0.1f, 0.1f, 0.1f));
-    const test::TestMesh slab = test::MakeBox(Eigen::Vector3f(0.02f, 0.16f, 0.16f), Eigen::Vector3f(0.09f, 0.0f, 0.0f));
-    const test::TestMesh post = test::MakeBox(Eigen::Vector3f(0.03f, 0.03f, 0.12f), Eigen::Vector3f(0.0f, 0.0f, 0.11f));
-    return test::Combine(test::Combine(cube, slab), post);
 }
 
 // A layout of `count` sensors seated on the surface, ids in position order.
@@ -51,7 +42,7 @@ SensorLayout SeatedLayout(TrackedSurface& surface, int count)
 
 struct Fixture
 {
-    test::MeshSurface mesh{OccludingMesh()};
+    test::MeshSurface mesh{test::MakeOccludedCube()};
     SensorLayout layout;
     QualityEvaluator reference;
 
@@ -155,6 +146,21 @@ TEST(IncrementalEvaluator, TiltedSweepsThatFailMatchTheReference)
 {
     Fixture fixture(6, true);
     fixture.reference.SetBaseStationModel(BaseStationModel{kTiltedBaseStationKind, 1.55});
+    int unreachable = 0;
+    const PoseVector& translation = fixture.reference.poseVector();
+    for (const BaseStationPose& pose : fixture.reference.poses())
+    {
+        const Triple<double>& r = pose.rotationVector;
+        const double parameters[6] = {translation[0], translation[1], translation[2], r[0], r[1], r[2]};
+        const DualPose dualPose = SeedDualPose(parameters);
+        for (const SensorObservation& observation : fixture.reference.visibility()->observations)
+        {
+            DualNumber first, second;
+            unreachable += !observation.ObserveAngles(dualPose.rotation, dualPose.translation, first, second);
+        }
+    }
+    ASSERT_GT(unreachable, 0);  // the premise: some sensors lie out of the sweep's reach
+
     WorkerPool workers(2);
     IncrementalEvaluator fast(fixture.reference, workers);
     ASSERT_EQ(Bits(fast.EvaluateAll()), Bits(fixture.reference.EvaluateQuality()));
