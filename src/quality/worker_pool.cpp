@@ -44,6 +44,9 @@ void WorkerPool::Stop()
         thread.join();
 }
 
+// note: the caller waits for the items, not for the helpers. A helper that wakes late (all
+// ranges already taken) costs the caller nothing; the caller only makes sure that no helper
+// still reads the loop's fields before it writes the next loop's.
 void WorkerPool::Run(size_t count, size_t grain, RangeTask task, void* context)
 {
     grain = std::max<size_t>(grain, 1);
@@ -59,14 +62,22 @@ void WorkerPool::Run(size_t count, size_t grain, RangeTask task, void* context)
     count_ = count;
     grain_ = grain;
     nextItem_.store(0, std::memory_order_relaxed);
-    running_.store(static_cast<uint32_t>(threads_.size()), std::memory_order_relaxed);
+    doneItems_.store(0, std::memory_order_relaxed);
+    open_.store(true, std::memory_order_seq_cst);
     generation_.fetch_add(1, std::memory_order_release);
     generation_.notify_all();
 
     TakeRanges(0);
-    for (uint32_t left = running_.load(std::memory_order_acquire); left != 0;
-         left = running_.load(std::memory_order_acquire))
-        running_.wait(left, std::memory_order_acquire);
+    for (size_t done = doneItems_.load(std::memory_order_acquire); done != count;
+         done = doneItems_.load(std::memory_order_acquire))
+        doneItems_.wait(done, std::memory_order_acquire);
+
+    // A helper that entered before this sees at most an exhausted loop and leaves; one that
+    // enters after it finds the loop closed.
+    open_.store(false, std::memory_order_seq_cst);
+    for (uint32_t inside = inside_.load(std::memory_order_seq_cst); inside != 0;
+         inside = inside_.load(std::memory_order_seq_cst))
+        inside_.wait(inside, std::memory_order_seq_cst);
 }
 
 void WorkerPool::TakeRanges(int32_t worker)
@@ -76,7 +87,10 @@ void WorkerPool::TakeRanges(int32_t worker)
         const size_t begin = nextItem_.fetch_add(grain_, std::memory_order_relaxed);
         if (begin >= count_)
             return;
-        task_(context_, worker, begin, std::min(count_, begin + grain_));
+        const size_t end = std::min(count_, begin + grain_);
+        task_(context_, worker, begin, end);
+        if (doneItems_.fetch_add(end - begin, std::memory_order_acq_rel) + (end - begin) == count_)
+            doneItems_.notify_one();
     }
 }
 
@@ -89,9 +103,11 @@ void WorkerPool::WorkerLoop(int32_t worker)
         seen = generation_.load(std::memory_order_acquire);
         if (stopping_.load(std::memory_order_relaxed))
             return;
-        TakeRanges(worker);
-        if (running_.fetch_sub(1, std::memory_order_acq_rel) == 1)
-            running_.notify_one();
+        inside_.fetch_add(1, std::memory_order_seq_cst);
+        if (open_.load(std::memory_order_seq_cst))
+            TakeRanges(worker);
+        if (inside_.fetch_sub(1, std::memory_order_seq_cst) == 1)
+            inside_.notify_one();
     }
 }
 

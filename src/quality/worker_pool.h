@@ -47,15 +47,18 @@ private:
 
     std::vector<std::thread> threads_;
 
-    // The loop under way; written by the caller before `generation_` moves on.
+    // The loop under way. Written by the caller only while the loop is closed and no
+    // worker is inside it.
     RangeTask task_ = nullptr;
     void* context_ = nullptr;
     size_t count_ = 0;
     size_t grain_ = 1;
 
-    std::atomic<size_t> nextItem_{0};
-    std::atomic<uint32_t> generation_{0};  // one step per loop; workers wait on it
-    std::atomic<uint32_t> running_{0};     // helper threads not yet done with the loop
+    std::atomic<size_t> nextItem_{0};     // first item not yet handed out
+    std::atomic<size_t> doneItems_{0};    // items whose range has been finished
+    std::atomic<bool> open_{false};       // a loop is under way
+    std::atomic<uint32_t> inside_{0};     // helper threads between entering and leaving a loop
+    std::atomic<uint32_t> generation_{0};  // one step per loop; idle helpers wait on it
     std::atomic<bool> stopping_{false};
 };
 
