@@ -192,3 +192,22 @@ TEST(QualityEvaluator, FailedPoseCostsMoreThanWorstTerm)
 
 } // namespace
 } // namespace kelvorig
+
+namespace kelvorig {
+namespace {
+
+// note: pins the score's arithmetic bit for bit. A faster evaluation (incremental,
+// parallel) must reproduce it exactly; a change here is a change of results.
+TEST(QualityEvaluator, ScoreIsPinnedBitForBit)
+{
+    SensorLayout layout = SpreadLayout();
+    QualityEvaluator evaluator;
+    evaluator.SetModel(layout);
+    evaluator.SampleOrientations(200);
+    EXPECT_EQ(evaluator.EvaluateQuality(), 0x1.3100f585bcb2fp+9);
+    evaluator.SetQualityRange(0.002, 0.02);
+    EXPECT_EQ(evaluator.EvaluateQuality(), 0x1.3cef365d0a604p+9);
+}
+
+} // namespace
+} // namespace kelvorig
