@@ -125,15 +125,6 @@ bool EmbreeIntersector::intersectRay(const Eigen::Vector3f& origin, const Eigen:
     // note: a ray that isn't one (from a not-a-number normal, say) meets nothing.
     if (!scene || !IsTraceable(origin, direction, tnear, tfar))
         return false;
-    // note: Embree refuses rays with non-finite or huge coordinates or bounds (an assertion
-    // in some builds). Such a ray can't meet a triangle, so it is a miss, as its traversal
-    // would give without the check. The not-a-number first orientation casts these.
-    constexpr float kLargest = 1.844e18f;
-    const auto usable = [](float value) { return std::abs(value) <= kLargest; };
-    if (!(usable(origin.x()) && usable(origin.y()) && usable(origin.z()) && usable(direction.x()) &&
-          usable(direction.y()) && usable(direction.z()) && std::abs(tnear) <= std::numeric_limits<float>::infinity() &&
-          std::abs(tfar) <= std::numeric_limits<float>::infinity()))
-        return false;
     RTCIntersectContext context;
     rtcInitIntersectContext(&context);
 

@@ -112,6 +112,19 @@ TEST(Loading, InputPointsOffTheSurfaceAreWarnedOfAndTheRunGoesOn)
                           "0.25 -1.5    3\n");
 }
 
+TEST(Loading, ImmutableSensorCountIsCheckedBeforeTheSurfaceWarnings)
+{
+    const TempDir dir;
+    test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(kShellSize));
+    WriteFile(dir.File("m.json"), R"({"channelMap": [0, 1], "modelPoints": [[1, 1, 1], [2, 2, 2]],
+        "modelNormals": [[0, 0, 1], [0, 0, 1]]})");
+    const CliResult result = RunKelvorig(
+        {"/generate", "/model", "m.json", "/sensors", "shell.stl", "/outmodel", "o.json", "/nsensors", "2"}, dir.path());
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err.rfind("Model of immutable sensors", 0), 0u) << result.err;
+    EXPECT_EQ(result.err.find("WARNING"), std::string::npos) << result.err;
+}
+
 TEST(Loading, ObstaclesTakePartInBuildingTheSurface)
 {
     const TempDir dir;

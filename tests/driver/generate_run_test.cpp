@@ -36,6 +36,23 @@ std::pair<std::string, std::string> SplitFirstLine(const std::string& text)
     return {text.substr(0, end + 1), text.substr(end + 1)};
 }
 
+// Two sensors on the faces of the test box, with ids that the result doesn't keep.
+const char* const kImmutableModel = R"({"channelMap": [4, 9],
+    "modelPoints": [[0, 0, 0.05], [0.05, 0.01, -0.02]],
+    "modelNormals": [[0, 0, 1], [1, 0, 0]]})";
+
+// The model of a JSON file written by /outmodel (a comment line, then the section).
+TrackedObjectModel ReadWrittenModel(const std::string& path)
+{
+    Json::Value section;
+    EXPECT_TRUE(Json::Reader().parse(test::ReadFile(path), section, true));
+    Json::Value root;
+    root["pharoscope_config"] = section;
+    TrackedObjectModel model;
+    EXPECT_TRUE(model.ParseModelSection(root));
+    return model;
+}
+
 TEST(OrientationSpacing, TightensTheIncidenceLimitByRadiansTakenFromDegrees)
 {
     EXPECT_NEAR(60.0 - 0.5 * OrientationSpacing(1250), 59.946, 0.0005);
@@ -48,9 +65,7 @@ TEST(GenerateRun, ImmutableCountMustStayBelowSensorCount)
     test::MeshSurface box;
     test::TempDir dir;
     const std::string model = dir.File("immutable.json");
-    test::WriteFile(model, R"({"channelMap": [4, 9],
-        "modelPoints": [[0, 0, 0.05], [0.05, 0.01, -0.02]],
-        "modelNormals": [[0, 0, 1], [1, 0, 0]]})");
+    test::WriteFile(model, kImmutableModel);
     struct Case
     {
         std::string nSensors;
@@ -96,12 +111,7 @@ TEST(GenerateRun, BothFilesCarryTheSameScoreAndJsonAndTheReportFollows)
     EXPECT_GT(scad.size(), scadHead.size());
 
     // The score is that of the written layout, scored as the anneal scored it.
-    Json::Value section;
-    ASSERT_TRUE(Json::Reader().parse(test::ReadFile(dir.File("out.json")), section, true));
-    Json::Value root;
-    root["pharoscope_config"] = section;
-    TrackedObjectModel model;
-    ASSERT_TRUE(model.ParseModelSection(root));
+    const TrackedObjectModel model = ReadWrittenModel(dir.File("out.json"));
     EXPECT_EQ(model.channelMap, (std::vector<int32_t>{0, 1, 2, 3, 4}));
 
     SensorLayout layout(model, kIdentityTransform);
@@ -113,6 +123,23 @@ TEST(GenerateRun, BothFilesCarryTheSameScoreAndJsonAndTheReportFollows)
     std::ostringstream recomputed;
     recomputed << evaluator.EvaluateQuality();
     EXPECT_EQ(score, recomputed.str());
+}
+
+TEST(GenerateRun, ImmutableSensorsOfTheModelLeadTheResultUnderNewIds)
+{
+    test::MeshSurface box;
+    test::TempDir dir;
+    test::WriteFile(dir.File("immutable.json"), kImmutableModel);
+    const test::CliResult result = test::RunKelvorig(
+        QuickGenerate(box, {"/model", dir.File("immutable.json"), "/outmodel", dir.File("out.json")}));
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.err.rfind("anneal duration: ", 0), 0u) << "no warning expected: " << result.err;
+
+    const TrackedObjectModel model = ReadWrittenModel(dir.File("out.json"));
+    EXPECT_EQ(model.channelMap, (std::vector<int32_t>{0, 1, 2, 3, 4}));
+    EXPECT_EQ(model.modelPoints[0], Eigen::Vector3f(0.0f, 0.0f, 0.05f));
+    EXPECT_EQ(model.modelPoints[1], Eigen::Vector3f(0.05f, 0.01f, -0.02f));
+    EXPECT_EQ(model.modelNormals[1], Eigen::Vector3f(1.0f, 0.0f, 0.0f));
 }
 
 TEST(GenerateRun, OneOutputAloneWritesOnlyThatFile)

@@ -148,12 +148,15 @@ TEST(ModelDrawing, UnwritableOutputIsNotAFailure)
     EXPECT_EQ(result.err, "");
 }
 
-TEST(ModelDrawing, BundledExampleDrawsOneRowPerSensor)
+TEST(ModelDrawing, BundledExampleSitsOnTheBundledShell)
 {
     const TempDir dir;
-    const std::string example = std::string(KELVORIG_SOURCE_DIR) + "/examples/example_sensors.json";
-    const CliResult result = RunKelvorig({"/model", example, "/outscad", dir.File("e.scad")});
-    EXPECT_EQ(result.status, 0) << result.err;
+    const std::string examples = std::string(KELVORIG_SOURCE_DIR) + "/examples/";
+    const CliResult result = RunKelvorig({"/model", examples + "example_sensors.json", "/sensors",
+                                          examples + "hmd_shell.stl", "/outscad", dir.File("e.scad")});
+    EXPECT_EQ(result.status, 0);
+    // Every sensor of the example sits on the bundled shell: no warnings.
+    EXPECT_EQ(result.err, "");
     const std::string text = ReadFile(dir.File("e.scad"));
     size_t rows = 0;
     for (size_t at = text.find("\"lime\""); at != std::string::npos; at = text.find("\"lime\"", at + 1))

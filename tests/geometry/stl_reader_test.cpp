@@ -1,10 +1,13 @@
 #include "geometry/stl_reader.h"
 
+#include "geometry/random_draws.h"
+
 #include "support/cli_runner.h"
 #include "support/test_meshes.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -276,6 +279,33 @@ TEST(StlReaderTest, ContentsAloneTellTextFromBinary)
     capitals.replace(0, 5, "SOLID");
     ASSERT_GT(CountField(capitals), static_cast<int32_t>((capitals.size() - 84) / 50));
     EXPECT_EQ(ReadContents(capitals).err, BinaryShortReadMessage(capitals));
+}
+
+TEST(StlReaderTest, DamagedFilesFailWithOneMessageOrReadWhole)
+{
+    const std::string text = TextStl(MakeTetrahedron(1.0f));
+    const std::string binary = BinaryStl(MakeTetrahedron(1.0f));
+    RandomEngine engine(3);
+    for (int i = 0; i < 400; ++i)
+    {
+        std::string damaged = (i % 2 == 0) ? text : binary;
+        // Flip a few bytes, then maybe cut the file short.
+        for (int flips = static_cast<int>(engine() % 4); flips > 0; --flips)
+            damaged[engine() % damaged.size()] = static_cast<char>(engine() & 0xFF);
+        if (engine() % 2 == 0)
+            damaged.resize(engine() % damaged.size());
+        const ReadResult result = ReadContents(damaged);
+        if (result.ok)
+        {
+            EXPECT_EQ(result.err, "");
+            EXPECT_EQ(result.normals.size(), result.facets.size());
+        }
+        else
+        {
+            EXPECT_EQ(result.err.rfind("IOError: mesh.stl ", 0), 0u) << result.err;
+            EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        }
+    }
 }
 
 TEST(StlReaderTest, MissingFileCannotBeOpened)

@@ -149,6 +149,12 @@ TEST(PlacementProblem, FixedSeedsRepeatBitForBitAndReportTheReturnedLayoutsScore
 
     const SolveRun ranged = RunSolve(6, 1, 0.5, nullptr, 0.01, 0.2);
     EXPECT_EQ(ranged.finalQuality, ScoreAsAnnealed(ranged.model, 0.01, 0.2));
+    EXPECT_NE(ranged.finalQuality, a.finalQuality);
+
+    // A range with a bound of 0 or below is dropped: the default shape of the score stands.
+    const SolveRun dropped = RunSolve(6, 1, 0.5, nullptr, 0.0, 0.2);
+    EXPECT_EQ(dropped.console, a.console);
+    EXPECT_EQ(dropped.finalQuality, a.finalQuality);
 }
 
 TEST(PlacementProblem, NewBestsPrintTheirScoresAndTheLastIsTheFinalQuality)

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 namespace kelvorig {
@@ -142,11 +143,70 @@ TEST(SensorPlacementAnnealer, SnapshotIsSilentOnlyTheFirstTime)
     testing::internal::CaptureStderr();
     const TrackedObjectModel first = annealer.Snapshot();
     const TrackedObjectModel second = annealer.Snapshot();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "(0)");
+    const std::string console = testing::internal::GetCapturedStderr();
+    ASSERT_GE(console.size(), 3u);
+    EXPECT_EQ(console.front(), '(');
+    EXPECT_EQ(console.back(), ')');
+    EXPECT_EQ(console.find('\n'), std::string::npos);
     EXPECT_TRUE(first.valid);
     EXPECT_EQ(first.channelMap, (std::vector<int32_t>{0, 1, 2}));
     EXPECT_EQ(first.modelPoints[2], layout.positions[2].cast<float>());
     EXPECT_EQ(second.modelNormals, first.modelNormals);
+}
+
+TEST(SensorPlacementAnnealer, AnnealMatchesTheScheduleWrittenOut)
+{
+    // Two identical set-ups: one runs Anneal, the other the schedule spelled out here with
+    // the same moves, so every acceptance, undo and new best must agree bit for bit.
+    test::MeshSurface boxA;
+    test::MeshSurface boxB;
+    PlacementLayout a = SeatedLayout(boxA.surface(), 5, 1);
+    PlacementLayout b = SeatedLayout(boxB.surface(), 5, 1);
+    SensorPlacementAnnealer annealerA = MakeAnnealer(a, boxA.surface());
+    SensorPlacementAnnealer annealerB = MakeAnnealer(b, boxB.surface());
+
+    testing::internal::CaptureStderr();
+    const TrackedObjectModel result = annealerA.Anneal();
+
+    RandomEngine acceptance(5489);
+    double best = annealerB.evaluator().EvaluateQuality();
+    const double first = best;
+    double previous = best;
+    TrackedObjectModel bestModel = b.ToModel();
+    int refused = 0;
+    int moves = 0;
+    for (double temperature = 100.0; temperature >= 0.035; temperature *= 0.5)
+    {
+        for (int32_t move = 0; move < annealerB.movesPerTemperature(); ++move, ++moves)
+        {
+            annealerB.MoveOneSensor(temperature);
+            const double q = annealerB.evaluator().EvaluateQuality();
+            if (q < best)
+            {
+                best = q;
+                bestModel = b.ToModel();
+            }
+            if (q > previous && DrawUnit(acceptance) > std::exp((previous - q) / temperature))
+            {
+                annealerB.UndoMove();
+                ++refused;
+            }
+            else
+            {
+                previous = q;
+            }
+        }
+    }
+    testing::internal::GetCapturedStderr();
+
+    EXPECT_EQ(moves, 12 * 5);
+    EXPECT_GT(refused, 0);
+    EXPECT_LT(best, first);
+    EXPECT_EQ(result.modelPoints, bestModel.modelPoints);
+    EXPECT_EQ(result.modelNormals, bestModel.modelNormals);
+    EXPECT_EQ(annealerA.snapshotScore(), best);
+    EXPECT_EQ(a.positions, b.positions);
+    EXPECT_EQ(a.normals, b.normals);
 }
 
 } // namespace
