@@ -191,7 +191,7 @@ TEST(SeatSamplingTest, TiltFrameTakesTheReferenceAxisAwayFromTheNormal)
 TEST(SeatSamplingTest, CanSeatSensorNeedsAFlatSolidPatch)
 {
     // Millimetre meshes; positions in metres.
-    SurfaceFixture plate(MakeBox(Eigen::Vector3f(10, 10, 2), Eigen::Vector3f(0, 0, -1)));
+    SurfaceFixture plate(test::MakePlate(10, 2));
     EXPECT_TRUE(plate.surface->CanSeatSensor(Eigen::Vector3f::Zero(), Eigen::Vector3f::UnitZ()));
 
     SurfaceFixture box(MakeBox(Eigen::Vector3f(20, 20, 20)));
@@ -204,7 +204,7 @@ TEST(SeatSamplingTest, CanSeatSensorNeedsAFlatSolidPatch)
     EXPECT_FALSE(box.surface->CanSeatSensor(Eigen::Vector3f(0.01f, 0.0085f, 0), Eigen::Vector3f::UnitX()));
 
     // A plate thinner than the chords' depth can't be seen by the test: the disc lies under it.
-    SurfaceFixture thin(MakeBox(Eigen::Vector3f(20, 20, 0.5f), Eigen::Vector3f(0, 0, -0.25f)));
+    SurfaceFixture thin(test::MakePlate(20, 0.5f));
     EXPECT_TRUE(thin.surface->CanSeatSensor(Eigen::Vector3f(0.009f, 0, 0), up));
 }
 
