@@ -131,6 +131,27 @@ TEST(ParallelAnalysisReport, SensitivityTextIsTheOneThreadTextByteForByte)
     ExpectSameReport(ReportSetup{.sensitivity = true, .tilt = 0.4}, "sensitivity, tilted sweep");
 }
 
+// Without a model every row sees nothing, on any number of threads.
+TEST(ParallelAnalysisReport, EvaluatorWithoutAModelWritesTheSameEmptyRows)
+{
+    const auto write = [](WorkerPool* workers)
+    {
+        QualityEvaluator evaluator;
+        evaluator.SampleAnalysisPoses(kFullTurn, DegreesToRadians(30.0));
+        FILE* out = std::tmpfile();
+        FILE* err = std::tmpfile();
+        if (workers)
+            evaluator.WriteCoverageReport(*workers, out, err);
+        else
+            evaluator.WriteCoverageReport(out, err);
+        return ReadBack(out) + ReadBack(err);
+    };
+    const std::string reference = write(nullptr);
+    ASSERT_NE(reference.find(" 0 0 0 0 0 100 1.000000 1.000000\n"), std::string::npos) << reference;
+    WorkerPool workers(2);
+    EXPECT_EQ(write(&workers), reference);
+}
+
 // The premise of the tests above: the hidden sensor is named at the end, and rows differ
 // in what they see.
 TEST(ParallelAnalysisReport, TheTestLayoutHasAHiddenSensor)
