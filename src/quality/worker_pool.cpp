@@ -1,9 +1,45 @@
 #include "quality/worker_pool.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace kelvorig {
 namespace {
+
+// How long a thread keeps checking before it sleeps on a value it waits for. Loops follow
+// each other closely during an anneal (a seat draw apart), and a sleeping thread can take
+// up to a millisecond to wake on a virtual machine, longer than a whole loop.
+constexpr std::chrono::microseconds kSpinTime{2000};
+
+void Relax()
+{
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#endif
+}
+
+// Returns once `value` differs from `old`, with the new value: checks for a while, giving
+// way to any other thread on the same processor, then sleeps.
+template <typename T>
+T WaitForChange(const std::atomic<T>& value, T old, std::memory_order order)
+{
+    const auto until = std::chrono::steady_clock::now() + kSpinTime;
+    for (unsigned round = 1;; ++round)
+    {
+        const T now = value.load(order);
+        if (now != old)
+            return now;
+        if (round % 64 == 0)
+        {
+            if (std::chrono::steady_clock::now() > until)
+                break;
+            std::this_thread::yield();
+        }
+        Relax();
+    }
+    value.wait(old, order);
+    return value.load(order);
+}
 
 int32_t LogicalProcessors()
 {
@@ -68,16 +104,14 @@ void WorkerPool::Run(size_t count, size_t grain, RangeTask task, void* context)
     generation_.notify_all();
 
     TakeRanges(0);
-    for (size_t done = doneItems_.load(std::memory_order_acquire); done != count;
-         done = doneItems_.load(std::memory_order_acquire))
-        doneItems_.wait(done, std::memory_order_acquire);
+    for (size_t done = doneItems_.load(std::memory_order_acquire); done != count;)
+        done = WaitForChange(doneItems_, done, std::memory_order_acquire);
 
     // A helper that entered before this sees at most an exhausted loop and leaves; one that
     // enters after it finds the loop closed.
     open_.store(false, std::memory_order_seq_cst);
-    for (uint32_t inside = inside_.load(std::memory_order_seq_cst); inside != 0;
-         inside = inside_.load(std::memory_order_seq_cst))
-        inside_.wait(inside, std::memory_order_seq_cst);
+    for (uint32_t inside = inside_.load(std::memory_order_seq_cst); inside != 0;)
+        inside = WaitForChange(inside_, inside, std::memory_order_seq_cst);
 }
 
 void WorkerPool::TakeRanges(int32_t worker)
@@ -99,8 +133,7 @@ void WorkerPool::WorkerLoop(int32_t worker)
     uint32_t seen = 0;
     for (;;)
     {
-        generation_.wait(seen, std::memory_order_acquire);
-        seen = generation_.load(std::memory_order_acquire);
+        seen = WaitForChange(generation_, seen, std::memory_order_acquire);
         if (stopping_.load(std::memory_order_relaxed))
             return;
         inside_.fetch_add(1, std::memory_order_seq_cst);
