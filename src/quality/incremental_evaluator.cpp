@@ -3,6 +3,7 @@
 #include "quality/pose_covariance.h"
 #include "quality/worker_pool.h"
 
+#include <algorithm>
 #include <bit>
 #include <utility>
 
@@ -11,6 +12,8 @@ namespace {
 
 // Poses per range handed to a worker: small enough to even out poses of unequal cost.
 constexpr size_t kPosesPerRange = 16;
+
+static_assert(ObservationJacobian::IsRowMajor, "a sensor's rows are copied as one run of 12 partials");
 
 } // namespace
 
@@ -80,18 +83,14 @@ double IncrementalEvaluator::SolveTerm(size_t pose, uint64_t visible, uint64_t f
     }
     else
     {
-        int row = 0;
-        for (size_t slot = 0; slot < sensorCount_; ++slot)
+        // Row-major, so a sensor's two rows are its 12 partials in a row; sensors in
+        // ascending order, as the reference walks them.
+        double* next = jacobian.data();
+        for (uint64_t left = visible; left != 0; left &= left - 1)
         {
-            if ((visible >> slot & 1u) == 0)
-                continue;
+            const size_t slot = static_cast<size_t>(std::countr_zero(left));
             const SensorRows& rows = slot == movedSlot ? *movedRows : rows_[slot][pose];
-            for (int column = 0; column < 6; ++column)
-            {
-                jacobian(row, column) = rows[column];
-                jacobian(row + 1, column) = rows[6 + column];
-            }
-            row += 2;
+            next = std::copy(rows.begin(), rows.end(), next);
         }
     }
     return reference_.TermOfVariances(PoseCovarianceDiagonal(jacobian, reference_.measurementWeights()));
