@@ -3,8 +3,24 @@
 #include <algorithm>
 #include <chrono>
 
+#include <sched.h>
+
 namespace kelvorig {
 namespace {
+
+cpu_set_t ProcessorsOfThisThread()
+{
+    cpu_set_t processors;
+    CPU_ZERO(&processors);
+    if (sched_getaffinity(0, sizeof processors, &processors) != 0)
+        CPU_ZERO(&processors);
+    return processors;
+}
+
+// The processors the process may run on, taken before main. note: Embree pins the thread
+// that starts it to one processor, and a new thread inherits its creator's pinning, so
+// helpers started after the surface is built would otherwise all share that processor.
+const cpu_set_t kStartupProcessors = ProcessorsOfThisThread();
 
 // How long a thread keeps checking before it sleeps on a value it waits for. Loops follow
 // each other closely during an anneal (a seat draw apart), and a sleeping thread can take
@@ -130,6 +146,8 @@ void WorkerPool::TakeRanges(int32_t worker)
 
 void WorkerPool::WorkerLoop(int32_t worker)
 {
+    if (CPU_COUNT(&kStartupProcessors) > 0)
+        sched_setaffinity(0, sizeof kStartupProcessors, &kStartupProcessors);
     uint32_t seen = 0;
     for (;;)
     {

@@ -11,7 +11,8 @@ namespace kelvorig {
 // A fixed team of threads that share out the items of one loop at a time. The threads start
 // with the pool and stay until it is destroyed, so a loop costs a wake-up, never a thread
 // start. The calling thread takes part as worker 0; a pool of one starts no thread at all
-// and runs every loop on the caller. Loops allocate nothing.
+// and runs every loop on the caller. Loops allocate nothing. The helper threads may run on
+// every processor the process was allowed at start, whatever the creating thread's pinning.
 class WorkerPool
 {
 public:

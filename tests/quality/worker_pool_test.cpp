@@ -7,8 +7,22 @@
 #include <thread>
 #include <vector>
 
+#include <sched.h>
+
 namespace kelvorig {
 namespace {
+
+int ProcessorCountOfThisThread()
+{
+    cpu_set_t processors;
+    CPU_ZERO(&processors);
+    sched_getaffinity(0, sizeof processors, &processors);
+    return CPU_COUNT(&processors);
+}
+
+// Taken before main, as the test binary started; building a surface later pins the thread
+// that does it.
+const int kStartupProcessorCount = ProcessorCountOfThisThread();
 
 TEST(WorkerPool, SizeCountsTheCallingThread)
 {
@@ -86,6 +100,35 @@ TEST(WorkerPool, OtherThreadsTakePartWhileTheCallerIsBusy)
     };
     workers.ForEachRange(worker.size(), 1, body);
     EXPECT_GT(std::count_if(worker.begin(), worker.end(), [](int32_t id) { return id != 0; }), 0);
+}
+
+// A thread pinned to one processor (as Embree pins the thread that starts it) still gets
+// helpers that may run anywhere the process could at start.
+TEST(WorkerPool, HelpersAreNotHeldToTheCreatorsProcessor)
+{
+    int creatorCount = 0;
+    int helperCount = 0;
+    std::thread creator(
+        [&]
+        {
+            cpu_set_t first;
+            CPU_ZERO(&first);
+            CPU_SET(sched_getcpu(), &first);
+            sched_setaffinity(0, sizeof first, &first);
+            creatorCount = ProcessorCountOfThisThread();
+
+            WorkerPool workers(2);
+            auto body = [&](int32_t id, size_t, size_t)
+            {
+                if (id == 1)
+                    helperCount = ProcessorCountOfThisThread();
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            };
+            workers.ForEachRange(4, 1, body);
+        });
+    creator.join();
+    EXPECT_EQ(creatorCount, 1);
+    EXPECT_EQ(helperCount, kStartupProcessorCount);
 }
 
 } // namespace
