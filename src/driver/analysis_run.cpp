@@ -2,6 +2,7 @@
 
 #include "geometry/angles.h"
 #include "quality/pose_solvability.h"
+#include "quality/worker_pool.h"
 
 #include <cmath>
 #include <cstdio>
@@ -46,6 +47,13 @@ bool CanAnalyse(const SensorLayout& layout)
 int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,
                 QualityEvaluator& evaluator)
 {
+    WorkerPool workers(options.threads);
+    return RunAnalysis(options, layout, surface, evaluator, workers);
+}
+
+int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,
+                QualityEvaluator& evaluator, WorkerPool& workers)
+{
     if (!(options.angleResolutionDegrees > 0.0))
     {
         std::fprintf(stderr, "/angleresolutiondegrees must be greater than 0, not %g\n",
@@ -65,9 +73,9 @@ int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const Track
     evaluator.poseVector()[2] = -std::abs(options.distanceBaseMeters);
 
     if (options.baseStationSensitivity)
-        evaluator.WriteSensitivityReport();
+        evaluator.WriteSensitivityReport(workers);
     else
-        evaluator.WriteCoverageReport();
+        evaluator.WriteCoverageReport(workers);
     return 0;
 }
 

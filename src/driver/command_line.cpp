@@ -169,6 +169,8 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, CommandOptions& 
         }
         else if (is("/basestationsensitivity", 0))
             options.baseStationSensitivity = true;
+        else if (is("/threads", 1))
+            argumentError = !ScanInt(arguments[++i], options.threads);
         else
         {
             std::fprintf(stderr, "Unrecognized command line switch [ %s ].\n", argument.c_str());
@@ -201,6 +203,12 @@ bool CheckCommandLine(const CommandOptions& options, bool argumentError)
         return Refuse("/srbtiltdegrees is not plumbed to /generate yet\n");
     if (argumentError)
         PrintUsage();
+    if (options.threads < 0)
+    {
+        std::fprintf(stderr, "/threads %d: the count must be 0 (one per logical processor) or more\n",
+                     options.threads);
+        return false;
+    }
     if (options.generate && options.nSensors > kMaxEvaluatedSensors)
     {
         std::fprintf(stderr, "/nsensors %d is more than the %d sensors kelvorig can evaluate\n", options.nSensors,

@@ -30,6 +30,7 @@ struct CommandOptions
     double qualityLow = -1.0;
     double qualityHigh = -1.0;
     double srbTiltRadians = 0.0;
+    int32_t threads = 0;  // workers of the anneal and the analysis; 0: one per logical processor
 };
 
 } // namespace kelvorig

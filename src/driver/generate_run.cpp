@@ -5,6 +5,7 @@
 #include "driver/thread_priority.h"
 #include "optimiser/placement_problem.h"
 #include "optimiser/sensor_placement_annealer.h"
+#include "quality/worker_pool.h"
 
 #include <json/writer.h>
 
@@ -41,10 +42,11 @@ namespace {
 // Anneals, writes the requested files, and returns the result as a layout. The model and its
 // JSON text end here, before the report starts.
 SensorLayout AnnealAndWrite(const CommandOptions& options, const SensorLayout* immutableSensors,
-                            TrackedSurface& surface)
+                            TrackedSurface& surface, WorkerPool& workers)
 {
     PlacementProblem problem(options.nSensors, surface);
     problem.model = immutableSensors;
+    problem.workers = &workers;
     problem.nOrientations = options.nOrientations;
     problem.nIterations = options.nIterations;
     problem.coolingRate = options.coolingRate;
@@ -86,9 +88,11 @@ int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSens
                 QualityEvaluator& evaluator)
 {
     LowerThreadPriority();
+    // Started after the priority drop, so that the workers run at the lowered priority too.
+    WorkerPool workers(options.threads);
     surface.SetMaxSurfaceAngle(options.maxSurfaceAngle);
-    SensorLayout result = AnnealAndWrite(options, immutableSensors, surface);
-    return RunAnalysis(options, result, &surface, evaluator);
+    SensorLayout result = AnnealAndWrite(options, immutableSensors, surface, workers);
+    return RunAnalysis(options, result, &surface, evaluator, workers);
 }
 
 } // namespace kelvorig

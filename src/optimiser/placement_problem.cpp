@@ -64,6 +64,8 @@ TrackedObjectModel PlacementProblem::Solve()
 
     SensorPlacementAnnealer annealer(layout, surface, nIterations, nOrientations, coolingRate, qualityLow, qualityHigh,
                                      annealerSeed);
+    if (workers != nullptr)
+        annealer.UseWorkers(*workers);
     std::cerr << "anneal duration: " << annealer.ExpectedMoveCount() << '\n';
 
     TrackedObjectModel result = annealer.Anneal();

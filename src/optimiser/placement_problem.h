@@ -9,6 +9,7 @@
 namespace kelvorig {
 
 class TrackedSurface;
+class WorkerPool;
 
 // What the driver asks of the optimiser: place nSensors sensors on the surface, keeping the
 // sensors of `model` (if any) where they are, so that the quality score is as low as the
@@ -27,6 +28,7 @@ struct PlacementProblem
     double finalQuality = 0.0;            // result: score of the model Solve returned
     TrackedSurface& surface;
     std::optional<uint32_t> annealerSeed;  // fixes the choice of moves (tests, benchmarks)
+    WorkerPool* workers = nullptr;         // scores moves on these; null: the calling thread
 
     PlacementProblem(int32_t nSensors, TrackedSurface& surface);
 

@@ -1,6 +1,8 @@
 #include "optimiser/sensor_placement_annealer.h"
 
 #include "geometry/tracked_surface.h"
+#include "quality/incremental_evaluator.h"
+#include "quality/worker_pool.h"
 
 #include <cmath>
 #include <iostream>
@@ -99,8 +101,19 @@ TrackedObjectModel SensorPlacementAnnealer::Anneal()
     RandomEngine acceptance(kFixedSeed);
     double temperature = kStartTemperature;
 
+    WorkerPool callingThreadOnly(1);
+    std::optional<IncrementalEvaluator> incremental;
+    if (scoring_ == Scoring::Incremental && layout_.SensorCount() <= IncrementalEvaluator::kMaxSensors)
+        incremental.emplace(evaluator_, workers_ ? *workers_ : callingThreadOnly);
+    const auto scored = [this](double score)
+    {
+        if (scoreObserver_)
+            scoreObserver_(score);
+        return score;
+    };
+
     TrackedObjectModel bestModel = Snapshot();
-    currentScore_ = evaluator_.EvaluateQuality();
+    currentScore_ = scored(incremental ? incremental->EvaluateAll() : evaluator_.EvaluateQuality());
     double best = currentScore_;
     double previous = currentScore_;
     // The silent first snapshot holds exactly the layout just scored, so a run that never
@@ -114,7 +127,9 @@ TrackedObjectModel SensorPlacementAnnealer::Anneal()
         for (int32_t move = 0; move < movesPerTemperature_; ++move)
         {
             MoveOneSensor(temperature);
-            const double q = evaluator_.EvaluateQuality();
+            const double q =
+                scored(incremental ? incremental->EvaluateMove(static_cast<size_t>(movedIndex_))
+                                   : evaluator_.EvaluateQuality());
             currentScore_ = q;
 
             // Before the acceptance test, so that the snapshot holds the moved sensor.
@@ -129,7 +144,11 @@ TrackedObjectModel SensorPlacementAnnealer::Anneal()
                 const double u = DrawUnit(acceptance);
                 const double p = std::exp((previous - q) / temperature);
                 if (u > p)
+                {
                     UndoMove();
+                    if (incremental)
+                        incremental->UndoMove();
+                }
                 else
                     previous = q;
             }

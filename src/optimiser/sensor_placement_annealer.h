@@ -8,11 +8,14 @@
 #include <Eigen/Core>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <utility>
 
 namespace kelvorig {
 
 class TrackedSurface;
+class WorkerPool;
 
 // Top of the quality score: every orientation failed.
 constexpr double kQualityScale = 1000.0;
@@ -23,10 +26,19 @@ constexpr double kStopTemperature = (kQualityScale * 0.0035) * 0.01;  // 0.035
 
 // Simulated annealing over the seats of the layout's movable sensors. Each move replaces one
 // movable sensor, in place, by a seat drawn from the surface; the owned evaluator reads the
-// layout by reference and scores it afresh after every move.
+// layout by reference; a move is scored either incrementally (the default) or afresh.
 class SensorPlacementAnnealer
 {
 public:
+    // How Anneal scores its moves. Incremental keeps per-pose state and recomputes only what
+    // the moved sensor changes, on the workers of UseWorkers (else on the calling thread);
+    // Reference calls EvaluateQuality for every move. The scores are the same, bit for bit.
+    enum class Scoring
+    {
+        Incremental,
+        Reference
+    };
+
     // Attaches the evaluator to `layout` and `surface`, samples `nOrientations` orientations,
     // and applies the quality range only when both bounds are above 0. The engine that picks
     // moves is reseeded last, from `seed` or else from the time and process id.
@@ -51,6 +63,13 @@ public:
     // Runs the whole schedule from kStartTemperature down to kStopTemperature and returns the
     // best layout seen; its score is left in snapshotScore().
     TrackedObjectModel Anneal();
+
+    void SetScoring(Scoring scoring) { scoring_ = scoring; }
+    // Workers for incremental scoring; they must outlive every later Anneal.
+    void UseWorkers(WorkerPool& workers) { workers_ = &workers; }
+    // Called by Anneal with every score it computes, in order: the first layout's, then
+    // one per move.
+    void ObserveScores(std::function<void(double)> observer) { scoreObserver_ = std::move(observer); }
 
     // Expected number of moves of Anneal: the value of the "anneal duration: " line.
     double ExpectedMoveCount() const;
@@ -80,6 +99,9 @@ private:
     int32_t movedIndex_ = 0;
     Eigen::Vector3d oldPosition_ = Eigen::Vector3d::Zero();
     Eigen::Vector3d oldNormal_ = Eigen::Vector3d::Zero();
+    Scoring scoring_ = Scoring::Incremental;
+    WorkerPool* workers_ = nullptr;
+    std::function<void(double)> scoreObserver_;
 
     int32_t DrawMovableIndex();
 };

@@ -3,6 +3,7 @@
 #include "quality/pose_solvability.h"
 
 #include <cmath>
+#include <cstdarg>
 
 namespace kelvorig {
 namespace {
@@ -35,6 +36,30 @@ SolvabilityPercent RateSolvability(const SensorLayout& layout, const std::vector
     return {100, 0};
 }
 
+// printf into the end of `text`.
+__attribute__((format(printf, 2, 3))) void AppendFormatted(std::string& text, const char* format, ...)
+{
+    char buffer[256];
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = std::vsnprintf(buffer, sizeof buffer, format, arguments);
+    va_end(arguments);
+    if (length < 0)
+        return;
+    if (static_cast<size_t>(length) < sizeof buffer)
+    {
+        text.append(buffer, static_cast<size_t>(length));
+        return;
+    }
+    // note: only a huge number (a distance of 1e300, say) needs more than the buffer.
+    const size_t end = text.size();
+    text.resize(end + static_cast<size_t>(length) + 1);
+    va_start(arguments, format);
+    std::vsnprintf(text.data() + end, static_cast<size_t>(length) + 1, format, arguments);
+    va_end(arguments);
+    text.resize(end + static_cast<size_t>(length));
+}
+
 } // namespace
 
 void QualityEvaluator::WriteUnseenSensors(FILE* err) const
@@ -48,72 +73,119 @@ void QualityEvaluator::WriteUnseenSensors(FILE* err) const
     }
 }
 
-void QualityEvaluator::WriteCoverageReport(FILE* out, FILE* err)
+double QualityEvaluator::CoverageDistance() const
 {
-    const double distance =
-        std::sqrt(poseVector_[0] * poseVector_[0] + poseVector_[1] * poseVector_[1] + poseVector_[2] * poseVector_[2]);
-    std::vector<SweepHit> hits;
-    for (const BaseStationPose& pose : poses_)
-    {
-        const Quaternion<double>& q = pose.quaternion;
-        poseVector_[3] = q.w;
-        poseVector_[4] = q.x;
-        poseVector_[5] = q.y;
-        poseVector_[6] = q.z;
-        if (visibility_)
-            visibility_->UpdateVisibility(poseVector_);
+    return std::sqrt(poseVector_[0] * poseVector_[0] + poseVector_[1] * poseVector_[1] +
+                     poseVector_[2] * poseVector_[2]);
+}
 
-        double positionError = kErrorCeiling;
-        double rotationError = kErrorCeiling;
-        const size_t visibleCount = VisibleCount();
-        if (visibleCount != 0 && visibleCount <= kMaxSensors)
+void QualityEvaluator::AppendCoverageRow(const BaseStationPose& pose, double distance, SensorVisibility* visibility,
+                                         PoseVector& poseVector, std::vector<SweepHit>& hits, std::string& text) const
+{
+    const Quaternion<double>& q = pose.quaternion;
+    poseVector[3] = q.w;
+    poseVector[4] = q.x;
+    poseVector[5] = q.y;
+    poseVector[6] = q.z;
+    if (visibility)
+        visibility->UpdateVisibility(poseVector);
+
+    double positionError = kErrorCeiling;
+    double rotationError = kErrorCeiling;
+    const size_t visibleCount = visibility ? visibility->VisibleCount() : 0;
+    if (visibleCount != 0 && visibleCount <= kMaxSensors)
+    {
+        for (int i = 0; i < 3; ++i)
+            poseVector[3 + i] = pose.rotationVector[i];
+        Vector6d variances;
+        if (PoseVariances(*visibility, poseVector, static_cast<int>(2 * visibleCount), variances))
+        {
+            positionError = std::sqrt(variances[0] + variances[1] + variances[2]);
+            rotationError = std::sqrt(variances[3] + variances[4] + variances[5]);
+        }
+    }
+
+    hits.clear();
+    if (visibility)
+    {
+        for (size_t i = 0; i < visibility->visible.size(); ++i)
+        {
+            if (!visibility->visible[i])
+                continue;
+            hits.push_back(SweepHit{model_->sensorIds[i], 0});
+            hits.push_back(SweepHit{model_->sensorIds[i], 1});
+        }
+    }
+    SolvabilityPercent percent = model_ != nullptr ? RateSolvability(*model_, hits) : SolvabilityPercent{0, 100};
+    // An error past the ceiling means no usable estimate, whatever the geometry says.
+    if (IsPastCeiling(positionError))
+    {
+        positionError = kErrorCeiling;
+        percent = {0, 100};
+    }
+    if (IsPastCeiling(rotationError))
+    {
+        rotationError = kErrorCeiling;
+        percent = {0, 100};
+    }
+
+    AppendFormatted(text, "%lf %lf %0.1lf %0.1lf %d 0 0 0 %d %d %lf %lf", pose.gridYaw, pose.gridPitch, distance, 0.0,
+                    static_cast<int>(visibleCount), percent.solvable, percent.failure, rotationError, positionError);
+    if (visibility)
+    {
+        for (size_t i = 0; i < visibility->visible.size(); ++i)
+        {
+            if (visibility->visible[i])
+                AppendFormatted(text, " %d", model_->sensorIds[i]);
+        }
+    }
+    text += '\n';
+}
+
+void QualityEvaluator::AppendSensitivityRow(const BaseStationPose& pose, const Triple<double>& start,
+                                            SensorVisibility* visibility, PoseVector& poseVector,
+                                            std::string& text) const
+{
+    // The whole object swings around the base station as one rigid body: its aspect stays,
+    // only its place in the sweep changes.
+    const Quaternion<double>& q = pose.quaternion;
+    const Triple<double> moved = RotateByUnitQuaternion(q, start);
+    poseVector = {moved[0], moved[1], moved[2], q.w, q.x, q.y, q.z};
+    if (visibility)
+        visibility->UpdateVisibility(poseVector);
+    const Triple<double> rotationVector = RotationVectorFromQuaternion(q);
+
+    Triple<double> errors = {kErrorCeiling, kErrorCeiling, kErrorCeiling};
+    const size_t visibleCount = visibility ? visibility->VisibleCount() : 0;
+    if (visibleCount != 0 && visibleCount <= kMaxSensors)
+    {
+        for (int i = 0; i < 3; ++i)
+            poseVector[3 + i] = rotationVector[i];
+        Vector6d variances;
+        if (PoseVariances(*visibility, poseVector, static_cast<int>(2 * visibleCount), variances))
         {
             for (int i = 0; i < 3; ++i)
-                poseVector_[3 + i] = pose.rotationVector[i];
-            Vector6d variances;
-            if (PoseVariances(static_cast<int>(2 * visibleCount), variances))
-            {
-                positionError = std::sqrt(variances[0] + variances[1] + variances[2]);
-                rotationError = std::sqrt(variances[3] + variances[4] + variances[5]);
-            }
+                errors[i] = std::sqrt(variances[i]);
         }
+    }
+    for (double& error : errors)
+    {
+        if (IsPastCeiling(error))
+            error = kErrorCeiling;
+    }
+    AppendFormatted(text, "%lf %lf %lf %lf %lf\n", pose.gridYaw, pose.gridPitch, errors[0], errors[1], errors[2]);
+}
 
-        hits.clear();
-        if (visibility_)
-        {
-            for (size_t i = 0; i < visibility_->visible.size(); ++i)
-            {
-                if (!visibility_->visible[i])
-                    continue;
-                hits.push_back(SweepHit{model_->sensorIds[i], 0});
-                hits.push_back(SweepHit{model_->sensorIds[i], 1});
-            }
-        }
-        SolvabilityPercent percent =
-            model_ != nullptr ? RateSolvability(*model_, hits) : SolvabilityPercent{0, 100};
-        // An error past the ceiling means no usable estimate, whatever the geometry says.
-        if (IsPastCeiling(positionError))
-        {
-            positionError = kErrorCeiling;
-            percent = {0, 100};
-        }
-        if (IsPastCeiling(rotationError))
-        {
-            rotationError = kErrorCeiling;
-            percent = {0, 100};
-        }
-
-        std::fprintf(out, "%lf %lf %0.1lf %0.1lf %d 0 0 0 %d %d %lf %lf", pose.gridYaw, pose.gridPitch, distance, 0.0,
-                     static_cast<int>(visibleCount), percent.solvable, percent.failure, rotationError, positionError);
-        if (visibility_)
-        {
-            for (size_t i = 0; i < visibility_->visible.size(); ++i)
-            {
-                if (visibility_->visible[i])
-                    std::fprintf(out, " %d", model_->sensorIds[i]);
-            }
-        }
-        std::fprintf(out, "\n");
+void QualityEvaluator::WriteCoverageReport(FILE* out, FILE* err)
+{
+    const double distance = CoverageDistance();
+    std::vector<SweepHit> hits;
+    std::string row;
+    for (const BaseStationPose& pose : poses_)
+    {
+        row.clear();
+        AppendCoverageRow(pose, distance, visibility_.get(), poseVector_, hits, row);
+        std::fwrite(row.data(), 1, row.size(), out);
     }
     WriteUnseenSensors(err);
 }
@@ -121,36 +193,12 @@ void QualityEvaluator::WriteCoverageReport(FILE* out, FILE* err)
 void QualityEvaluator::WriteSensitivityReport(FILE* out, FILE* err)
 {
     const Triple<double> start = {poseVector_[0], poseVector_[1], poseVector_[2]};
+    std::string row;
     for (const BaseStationPose& pose : poses_)
     {
-        // The whole object swings around the base station as one rigid body: its aspect
-        // stays, only its place in the sweep changes.
-        const Quaternion<double>& q = pose.quaternion;
-        const Triple<double> moved = RotateByUnitQuaternion(q, start);
-        poseVector_ = {moved[0], moved[1], moved[2], q.w, q.x, q.y, q.z};
-        if (visibility_)
-            visibility_->UpdateVisibility(poseVector_);
-        const Triple<double> rotationVector = RotationVectorFromQuaternion(q);
-
-        Triple<double> errors = {kErrorCeiling, kErrorCeiling, kErrorCeiling};
-        const size_t visibleCount = VisibleCount();
-        if (visibleCount != 0 && visibleCount <= kMaxSensors)
-        {
-            for (int i = 0; i < 3; ++i)
-                poseVector_[3 + i] = rotationVector[i];
-            Vector6d variances;
-            if (PoseVariances(static_cast<int>(2 * visibleCount), variances))
-            {
-                for (int i = 0; i < 3; ++i)
-                    errors[i] = std::sqrt(variances[i]);
-            }
-        }
-        for (double& error : errors)
-        {
-            if (IsPastCeiling(error))
-                error = kErrorCeiling;
-        }
-        std::fprintf(out, "%lf %lf %lf %lf %lf\n", pose.gridYaw, pose.gridPitch, errors[0], errors[1], errors[2]);
+        row.clear();
+        AppendSensitivityRow(pose, start, visibility_.get(), poseVector_, row);
+        std::fwrite(row.data(), 1, row.size(), out);
     }
     for (int i = 0; i < 3; ++i)
         poseVector_[i] = start[i];

@@ -27,18 +27,22 @@ Quaternion<DualNumber> QuaternionFromRotationVector(const DualNumber& r0, const 
 
 } // namespace
 
+DualPose SeedDualPose(const double* pose)
+{
+    std::array<DualNumber, 6> parameters;
+    for (int i = 0; i < 6; ++i)
+        parameters[i] = DualNumber::Parameter(pose[i], i);
+    return DualPose{{parameters[0], parameters[1], parameters[2]},
+                    QuaternionFromRotationVector(parameters[3], parameters[4], parameters[5])};
+}
+
 bool BuildObservationJacobian(const SensorVisibility& visibility, const double* pose, int rows, double* residuals,
                               ObservationJacobian* jacobian)
 {
     if (rows > kMaxObservationRows)
         return false;
 
-    std::array<DualNumber, 6> parameters;
-    for (int i = 0; i < 6; ++i)
-        parameters[i] = DualNumber::Parameter(pose[i], i);
-    const Triple<DualNumber> translation = {parameters[0], parameters[1], parameters[2]};
-    const Quaternion<DualNumber> rotation =
-        QuaternionFromRotationVector(parameters[3], parameters[4], parameters[5]);
+    const DualPose seeded = SeedDualPose(pose);
 
     std::array<DualNumber, kMaxObservationRows> angles;
     int filled = 0;
@@ -50,7 +54,8 @@ bool BuildObservationJacobian(const SensorVisibility& visibility, const double* 
         if (filled + 2 > rows)
             return false;
         // A failed sensor clears the result, but the walk still goes to the end.
-        if (!visibility.observations[i].ObserveAngles(rotation, translation, angles[filled], angles[filled + 1]))
+        if (!visibility.observations[i].ObserveAngles(seeded.rotation, seeded.translation, angles[filled],
+                                                      angles[filled + 1]))
             allObserved = false;
         filled += 2;
     }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "quality/dual_number.h"
 #include "quality/measurement_weights.h"
+#include "quality/quaternion.h"
 #include "quality/sensor_visibility.h"
 
 #include <Eigen/Core>
@@ -12,6 +14,16 @@ namespace kelvorig {
 // capacity of 64 rows, so it lives on the stack.
 using ObservationJacobian =
     Eigen::Matrix<double, Eigen::Dynamic, 6, Eigen::RowMajor, kMaxObservationRows, 6>;
+
+// The six pose parameters as dual numbers, each seeded with its own partial: translation
+// from pose[0..2] and the rotation, as a unit quaternion, from the rotation vector in
+// pose[3..5]. The Jacobian's rows of one sensor depend on nothing else of the pose.
+struct DualPose
+{
+    Triple<DualNumber> translation;
+    Quaternion<DualNumber> rotation;
+};
+DualPose SeedDualPose(const double* pose);
 
 // The sweep angles of the visible sensors of `visibility` and their partials, at `pose`:
 // six numbers tx, ty, tz, rx, ry, rz (rotation vector). `rows` is twice the number of

@@ -8,10 +8,6 @@
 namespace kelvorig {
 namespace {
 
-// The cost of a pose that yields no estimate: above the term's ceiling of 1 + scoreOffset,
-// so a failed pose always costs more than the worst pose that succeeds.
-constexpr double kFailedPoseCost = 2.0;
-
 // The default shape of a pose's term: tanh(100·s - 2) + tanh(2).
 constexpr double kDefaultGain = 100.0;
 constexpr double kDefaultBias = -2.0;
@@ -77,11 +73,12 @@ size_t QualityEvaluator::VisibleCount() const
     return visibility_ ? visibility_->VisibleCount() : 0;
 }
 
-bool QualityEvaluator::PoseVariances(int rows, Vector6d& variances) const
+bool QualityEvaluator::PoseVariances(const SensorVisibility& visibility, const PoseVector& pose, int rows,
+                                     Vector6d& variances) const
 {
     ObservationJacobian jacobian = ObservationJacobian::Zero(rows, 6);
     std::array<double, kMaxObservationRows> residuals;
-    const bool observed = BuildObservationJacobian(*visibility_, poseVector_.data(), rows, residuals.data(), &jacobian);
+    const bool observed = BuildObservationJacobian(visibility, pose.data(), rows, residuals.data(), &jacobian);
     variances = PoseCovarianceDiagonal(jacobian, measurementWeights_);
     return observed;
 }
@@ -104,8 +101,12 @@ double QualityEvaluator::PoseTerm(const BaseStationPose& pose)
         poseVector_[3 + i] = pose.rotationVector[i];
     Vector6d variances;
     // note: a sweep that fails leaves J zero, H singular and the error not a number.
-    PoseVariances(static_cast<int>(2 * visibleCount), variances);
+    PoseVariances(*visibility_, poseVector_, static_cast<int>(2 * visibleCount), variances);
+    return TermOfVariances(variances);
+}
 
+double QualityEvaluator::TermOfVariances(const Vector6d& variances) const
+{
     // Metres and radians added as they are, unweighted.
     const double poseError =
         std::sqrt(variances[0] + variances[1] + variances[2]) + std::sqrt(variances[3] + variances[4] + variances[5]);

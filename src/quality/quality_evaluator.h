@@ -12,11 +12,14 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace kelvorig {
 
 class TrackedSurface;
+class WorkerPool;
+struct SweepHit;
 
 // Reduces a sensor layout to one tracking-quality score over sampled orientations (lower
 // is better, 0 to 1000), and writes the analysis reports. Reads the layout by reference, so
@@ -27,6 +30,9 @@ class QualityEvaluator
 {
 public:
     static constexpr size_t kMaxSensors = 32;
+    // The cost of a pose that yields no estimate: above the term's ceiling of 1 + scoreOffset,
+    // so a failed pose always costs more than the worst pose that succeeds.
+    static constexpr double kFailedPoseCost = 2.0;
 
     QualityEvaluator();
     ~QualityEvaluator();
@@ -55,12 +61,20 @@ public:
     // tanh(scoreGain·s + scoreBias) + scoreOffset, with s the pose error. Translation from
     // poseVector entries 0 to 2; writes the pose's rotation into entries 3 to 6.
     double PoseTerm(const BaseStationPose& pose);
+    // The term of a pose with at least one visible sensor, from the diagonal of its pose
+    // covariance: kFailedPoseCost when the pose error is not a number.
+    double TermOfVariances(const Vector6d& variances) const;
 
     // The analysis tables, one row per pose, on `out`; unseen sensors named on `err`.
     // The coverage report turns the object in place; the sensitivity report carries it
     // around the base station and restores the translation afterwards.
     void WriteCoverageReport(FILE* out = stdout, FILE* err = stderr);
     void WriteSensitivityReport(FILE* out = stdout, FILE* err = stderr);
+    // The same reports, byte for byte, with the rows computed on all workers of `workers`
+    // (each with a visibility state of its own) and written in order. They leave the
+    // evaluator as the one-thread reports do.
+    void WriteCoverageReport(WorkerPool& workers, FILE* out = stdout, FILE* err = stderr);
+    void WriteSensitivityReport(WorkerPool& workers, FILE* out = stdout, FILE* err = stderr);
 
     PoseVector& poseVector() { return poseVector_; }
     const PoseVector& poseVector() const { return poseVector_; }
@@ -76,9 +90,18 @@ public:
 private:
     void RebuildVisibility();
     size_t VisibleCount() const;
-    // Diagonal of the pose covariance for the visible sensors at the translation and
-    // rotation vector in poseVector; false when a sensor yields no angles.
-    bool PoseVariances(int rows, Vector6d& variances) const;
+    // Diagonal of the pose covariance for the sensors visible in `visibility` at the
+    // translation and rotation vector in `pose`; false when a sensor yields no angles.
+    bool PoseVariances(const SensorVisibility& visibility, const PoseVector& pose, int rows,
+                       Vector6d& variances) const;
+    // One row of each report for `pose`, appended to `text`. `visibility` (null without a
+    // model), `poseVector` and `hits` are the working state, so that several threads can
+    // write rows at once, each with state of its own.
+    void AppendCoverageRow(const BaseStationPose& pose, double distance, SensorVisibility* visibility,
+                           PoseVector& poseVector, std::vector<SweepHit>& hits, std::string& text) const;
+    void AppendSensitivityRow(const BaseStationPose& pose, const Triple<double>& start,
+                              SensorVisibility* visibility, PoseVector& poseVector, std::string& text) const;
+    double CoverageDistance() const;
     void WriteUnseenSensors(FILE* err) const;
 
     const SensorLayout* model_ = nullptr;

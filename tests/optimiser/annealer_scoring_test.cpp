@@ -1,0 +1,105 @@
+#include "optimiser/sensor_placement_annealer.h"
+
+#include "geometry/random_draws.h"
+#include "geometry/tracked_surface.h"
+#include "optimiser/mesh_surface.h"
+#include "support/occluded_cube.h"
+#include "optimiser/placement_problem.h"
+#include "quality/worker_pool.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+namespace kelvorig {
+namespace {
+
+struct AnnealRecord
+{
+    std::vector<uint64_t> scoreBits;  // the first layout's, then every move's
+    TrackedObjectModel best;
+    double bestScore = 0.0;
+    std::vector<Eigen::Vector3d> finalPositions;
+    std::vector<Eigen::Vector3d> finalNormals;
+};
+
+// A short anneal with fixed seeds: 8 sensors, 2 of them immutable, 60 orientations,
+// 12 temperatures of 16 moves.
+AnnealRecord Anneal(SensorPlacementAnnealer::Scoring scoring, int32_t threads)
+{
+    test::MeshSurface mesh(test::MakeOccludedCube(), 99);
+    PlacementLayout layout(8);
+    layout.cosMaxIncidence = 0.5;
+    PlacementProblem(8, mesh.surface()).PlaceInitialSensors(layout);
+    layout.immutableCount = 2;
+
+    WorkerPool workers(threads);
+    SensorPlacementAnnealer annealer(layout, mesh.surface(), 2, 60, 0.5, -1.0, -1.0, 31337);
+    annealer.SetScoring(scoring);
+    annealer.UseWorkers(workers);
+    AnnealRecord record;
+    annealer.ObserveScores([&record](double score) { record.scoreBits.push_back(std::bit_cast<uint64_t>(score)); });
+
+    testing::internal::CaptureStderr();
+    record.best = annealer.Anneal();
+    testing::internal::GetCapturedStderr();
+    record.bestScore = annealer.snapshotScore();
+    record.finalPositions = layout.positions;
+    record.finalNormals = layout.normals;
+    return record;
+}
+
+TEST(AnnealerScoring, IncrementalScoresEveryMoveAsTheReferenceBitForBit)
+{
+    const AnnealRecord reference = Anneal(SensorPlacementAnnealer::Scoring::Reference, 1);
+    ASSERT_EQ(reference.scoreBits.size(), 1u + 12u * 16u);
+
+    for (const int32_t threads : {1, 2})
+    {
+        const AnnealRecord fast = Anneal(SensorPlacementAnnealer::Scoring::Incremental, threads);
+        ASSERT_EQ(fast.scoreBits.size(), reference.scoreBits.size()) << threads;
+        for (size_t move = 0; move < reference.scoreBits.size(); ++move)
+            ASSERT_EQ(fast.scoreBits[move], reference.scoreBits[move]) << "move " << move << ", " << threads << " threads";
+        EXPECT_EQ(fast.finalPositions, reference.finalPositions);
+        EXPECT_EQ(fast.finalNormals, reference.finalNormals);
+        EXPECT_EQ(fast.best.modelPoints, reference.best.modelPoints);
+        EXPECT_EQ(fast.best.modelNormals, reference.best.modelNormals);
+        EXPECT_EQ(std::bit_cast<uint64_t>(fast.bestScore), std::bit_cast<uint64_t>(reference.bestScore));
+    }
+}
+
+// The run above would prove little without both outcomes of a worsening move: replaying the
+// acceptance draws over its scores finds moves that were undone and worsening moves that
+// stood.
+TEST(AnnealerScoring, TheTestRunUndoesSomeMovesAndKeepsSomeWorseOnes)
+{
+    const AnnealRecord reference = Anneal(SensorPlacementAnnealer::Scoring::Reference, 1);
+    RandomEngine acceptance(kFixedSeed);
+    double temperature = kStartTemperature;
+    double previous = std::bit_cast<double>(reference.scoreBits[0]);
+    int undone = 0;
+    int worseKept = 0;
+    for (size_t move = 1; move < reference.scoreBits.size(); ++move)
+    {
+        const double q = std::bit_cast<double>(reference.scoreBits[move]);
+        if (q > previous && DrawUnit(acceptance) > std::exp((previous - q) / temperature))
+        {
+            ++undone;
+        }
+        else
+        {
+            worseKept += q > previous;
+            previous = q;
+        }
+        if (move % 16 == 0)
+            temperature *= 0.5;
+    }
+    EXPECT_GT(undone, 5);
+    EXPECT_GT(worseKept, 5);
+}
+
+} // namespace
+} // namespace kelvorig
