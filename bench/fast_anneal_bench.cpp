@@ -105,8 +105,12 @@ int main(int argc, char** argv)
         {
             const Outcome outcome = RunAnneal(way.scoring, way.threads);
             way.seconds.push_back(outcome.seconds);
-            std::printf("run %d, %-26s %8.3f s  (%zu scores, final %.17g)\n", run + 1, way.name, outcome.seconds,
-                        outcome.scores.size(), outcome.scores.empty() ? 0.0 : outcome.scores.back());
+            // The first score is the first (best-candidate) layout's, the lowest is the result's.
+            const double first = outcome.scores.empty() ? 0.0 : outcome.scores.front();
+            const double best =
+                outcome.scores.empty() ? 0.0 : *std::min_element(outcome.scores.begin(), outcome.scores.end());
+            std::printf("run %d, %-26s %8.3f s  (%zu scores, first layout %g, best %g)\n", run + 1, way.name,
+                        outcome.seconds, outcome.scores.size(), first, best);
             std::fflush(stdout);
             if (referenceScores.empty())
                 referenceScores = outcome.scores;

@@ -6,8 +6,30 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <sched.h>
+
 namespace kelvorig {
 namespace {
+
+// Embree pins every thread that takes part in a build to one processor, the calling thread
+// included. Our own thread must stay free to run anywhere (and so must the threads it starts
+// later), so its processor set is put back once Embree is done with it.
+class CallerProcessorsGuard
+{
+public:
+    CallerProcessorsGuard() { valid = sched_getaffinity(0, sizeof processors, &processors) == 0; }
+    ~CallerProcessorsGuard()
+    {
+        if (valid)
+            sched_setaffinity(0, sizeof processors, &processors);
+    }
+    CallerProcessorsGuard(const CallerProcessorsGuard&) = delete;
+    CallerProcessorsGuard& operator=(const CallerProcessorsGuard&) = delete;
+
+private:
+    cpu_set_t processors;
+    bool valid = false;
+};
 
 const char* ErrorName(RTCError error)
 {
@@ -84,6 +106,7 @@ void EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F, con
 {
     // note: the structure, builder and traverser names are Embree's defaults on this
     // interface, which has no named choices left.
+    const CallerProcessorsGuard callerProcessors;
     scene.reset();
     const RTCDevice device = SharedDevice();
     if (V.size() == 0 || F.size() == 0 || V.cols() < 3 || F.cols() < 3)

@@ -82,11 +82,7 @@ double QualityEvaluator::CoverageDistance() const
 void QualityEvaluator::AppendCoverageRow(const BaseStationPose& pose, double distance, SensorVisibility* visibility,
                                          PoseVector& poseVector, std::vector<SweepHit>& hits, std::string& text) const
 {
-    const Quaternion<double>& q = pose.quaternion;
-    poseVector[3] = q.w;
-    poseVector[4] = q.x;
-    poseVector[5] = q.y;
-    poseVector[6] = q.z;
+    SetPoseQuaternion(poseVector, pose.quaternion);
     if (visibility)
         visibility->UpdateVisibility(poseVector);
 
@@ -95,8 +91,7 @@ void QualityEvaluator::AppendCoverageRow(const BaseStationPose& pose, double dis
     const size_t visibleCount = visibility ? visibility->VisibleCount() : 0;
     if (visibleCount != 0 && visibleCount <= kMaxSensors)
     {
-        for (int i = 0; i < 3; ++i)
-            poseVector[3 + i] = pose.rotationVector[i];
+        SetPoseRotationVector(poseVector, pose.rotationVector);
         Vector6d variances;
         if (PoseVariances(*visibility, poseVector, static_cast<int>(2 * visibleCount), variances))
         {
@@ -159,8 +154,7 @@ void QualityEvaluator::AppendSensitivityRow(const BaseStationPose& pose, const T
     const size_t visibleCount = visibility ? visibility->VisibleCount() : 0;
     if (visibleCount != 0 && visibleCount <= kMaxSensors)
     {
-        for (int i = 0; i < 3; ++i)
-            poseVector[3 + i] = rotationVector[i];
+        SetPoseRotationVector(poseVector, rotationVector);
         Vector6d variances;
         if (PoseVariances(*visibility, poseVector, static_cast<int>(2 * visibleCount), variances))
         {

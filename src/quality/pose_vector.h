@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quality/quaternion.h"
+
 #include <array>
 
 namespace kelvorig {
@@ -11,5 +13,21 @@ using PoseVector = std::array<double, 7>;
 
 // The object 2 metres in front of the base station, unrotated.
 constexpr PoseVector kInitialPoseVector = {0.0, 0.0, -2.0, 1.0, 0.0, 0.0, 0.0};
+
+// The rotation slots as visibility reads them.
+inline void SetPoseQuaternion(PoseVector& pose, const Quaternion<double>& q)
+{
+    pose[3] = q.w;
+    pose[4] = q.x;
+    pose[5] = q.y;
+    pose[6] = q.z;
+}
+
+// The rotation slots as the Jacobian reads them; entry 6 keeps what it held.
+inline void SetPoseRotationVector(PoseVector& pose, const Triple<double>& rotationVector)
+{
+    for (int i = 0; i < 3; ++i)
+        pose[3 + i] = rotationVector[i];
+}
 
 } // namespace kelvorig

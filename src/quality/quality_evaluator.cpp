@@ -85,11 +85,7 @@ bool QualityEvaluator::PoseVariances(const SensorVisibility& visibility, const P
 
 double QualityEvaluator::PoseTerm(const BaseStationPose& pose)
 {
-    const Quaternion<double>& q = pose.quaternion;
-    poseVector_[3] = q.w;
-    poseVector_[4] = q.x;
-    poseVector_[5] = q.y;
-    poseVector_[6] = q.z;
+    SetPoseQuaternion(poseVector_, pose.quaternion);
     if (visibility_)
         visibility_->UpdateVisibility(poseVector_);
 
@@ -97,8 +93,7 @@ double QualityEvaluator::PoseTerm(const BaseStationPose& pose)
     if (visibleCount == 0 || visibleCount > kMaxSensors)
         return kFailedPoseCost;
 
-    for (int i = 0; i < 3; ++i)
-        poseVector_[3 + i] = pose.rotationVector[i];
+    SetPoseRotationVector(poseVector_, pose.rotationVector);
     Vector6d variances;
     // note: a sweep that fails leaves J zero, H singular and the error not a number.
     PoseVariances(*visibility_, poseVector_, static_cast<int>(2 * visibleCount), variances);
