@@ -45,12 +45,7 @@ void DeviceConfig::Reset()
     display_gc_scale = 0.0f;
     display_gc_prescale = 1.0f;
     display_gc_image.clear();
-    trackref_from_imu = kIdentityPoseFloat;
-    trackref_from_head = kIdentityPoseFloat;
-    gyro_bias = {0, 0, 0};
-    gyro_scale = {1, 1, 1};
-    acc_bias = {0, 0, 0};
-    acc_scale = {1, 1, 1};
+    ResetImuAndHead();
     // The CAD name of the sensor model stays.
     pharoscope_config.valid = false;
     pharoscope_config.channelMap.clear();
@@ -74,6 +69,16 @@ int DeviceConfig::FirstEyeInUse() const
 int DeviceConfig::LastEyeInUse() const
 {
     return std::min(device.last_eye, kEyeCount - 1);
+}
+
+void DeviceConfig::ResetImuAndHead()
+{
+    trackref_from_imu = kIdentityPoseFloat;
+    trackref_from_head = kIdentityPoseFloat;
+    gyro_bias = {0, 0, 0};
+    gyro_scale = {1, 1, 1};
+    acc_bias = {0, 0, 0};
+    acc_scale = {1, 1, 1};
 }
 
 } // namespace kelvorig

@@ -113,6 +113,8 @@ private:
     void ReadDisplayCorrections(const Json::Value& mc, const Json::Value& gc);
     void ReadEyes(const Json::Value& transforms);
     void ReadImuAndHead(const Json::Value& root);
+    // Identity poses, zero biases and unit scales.
+    void ResetImuAndHead();
     void ReadTrackedCamera(const Json::Value& camera);
 
     void WriteDisplayBlock(Json::Value& root) const;

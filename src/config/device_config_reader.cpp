@@ -205,12 +205,7 @@ void DeviceConfig::ReadEyes(const Json::Value& transforms)
 // file with either object ignores root-level IMU calibration.
 void DeviceConfig::ReadImuAndHead(const Json::Value& root)
 {
-    trackref_from_imu = kIdentityPoseFloat;
-    trackref_from_head = kIdentityPoseFloat;
-    gyro_bias = {0, 0, 0};
-    acc_bias = {0, 0, 0};
-    gyro_scale = {1, 1, 1};
-    acc_scale = {1, 1, 1};
+    ResetImuAndHead();
     format = 0;
 
     if (root.isMember("imu"))
