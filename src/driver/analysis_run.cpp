@@ -44,6 +44,18 @@ bool CanAnalyse(const SensorLayout& layout)
 
 } // namespace
 
+bool CheckAnalysisStep(const CommandOptions& options)
+{
+    // note: a step that is not a number passes: the grid then has one row, and ends.
+    if (options.angleResolutionDegrees <= 0.0)
+    {
+        std::fprintf(stderr, "/angleresolutiondegrees must be greater than 0, not %g\n",
+                     options.angleResolutionDegrees);
+        return false;
+    }
+    return true;
+}
+
 int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,
                 QualityEvaluator& evaluator)
 {
@@ -54,13 +66,7 @@ int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const Track
 int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,
                 QualityEvaluator& evaluator, WorkerPool& workers)
 {
-    if (!(options.angleResolutionDegrees > 0.0))
-    {
-        std::fprintf(stderr, "/angleresolutiondegrees must be greater than 0, not %g\n",
-                     options.angleResolutionDegrees);
-        return 1;
-    }
-    if (!CanAnalyse(layout))
+    if (!CheckAnalysisStep(options) || !CanAnalyse(layout))
         return 1;
 
     const double step = DegreesToRadians(options.angleResolutionDegrees);

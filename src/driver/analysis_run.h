@@ -9,6 +9,10 @@ namespace kelvorig {
 
 class WorkerPool;
 
+// False, with the message printed, when /angleresolutiondegrees is 0 or below: the report's
+// grid would never end.
+bool CheckAnalysisStep(const CommandOptions& options);
+
 // Prints the coverage (or, with /basestationsensitivity, the sensitivity) report of a
 // layout on standard output. `surface` may be null. Returns the exit status.
 int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,

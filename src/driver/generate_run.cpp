@@ -87,6 +87,9 @@ SensorLayout AnnealAndWrite(const CommandOptions& options, const SensorLayout* i
 int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSensors, TrackedSurface& surface,
                 QualityEvaluator& evaluator)
 {
+    // The report that ends the run would refuse this step; refuse it before the anneal.
+    if (!CheckAnalysisStep(options))
+        return 1;
     LowerThreadPriority();
     // Started after the priority drop, so that the workers run at the lowered priority too.
     WorkerPool workers(options.threads);

@@ -16,10 +16,15 @@ PlacementProblem::PlacementProblem(int32_t nSensors, TrackedSurface& surface) : 
 void PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
 {
     constexpr int kCandidates = 20;
-    // note: declared outside the slot loop; if every candidate of a slot coincides with a
-    // placed sensor, that slot takes over the previous slot's seat.
+    // note: kept across slots; if every candidate of a slot coincides with a placed sensor,
+    // that slot takes over the previous slot's seat (the last immutable one for the first).
     Eigen::Vector3f bestPosition = Eigen::Vector3f::Zero();
     Eigen::Vector3f bestNormal = Eigen::Vector3f::Zero();
+    if (layout.immutableCount > 0)
+    {
+        bestPosition = layout.positions[layout.immutableCount - 1].cast<float>();
+        bestNormal = layout.normals[layout.immutableCount - 1].cast<float>();
+    }
 
     for (size_t i = layout.immutableCount; i < layout.SensorCount(); ++i)
     {
