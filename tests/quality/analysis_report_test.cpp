@@ -1,14 +1,13 @@
 #include "quality/quality_evaluator.h"
 
 #include "quality/reference_pose_error.h"
+#include "support/captured_files.h"
 
 #include <gtest/gtest.h>
 
 #include <Eigen/Geometry>
 
 #include <cmath>
-#include <cstdio>
-#include <functional>
 #include <sstream>
 #include <string>
 
@@ -20,32 +19,6 @@ using test::MakeLayout;
 constexpr double kFullTurn = 6.283185307179586;
 constexpr double kQuarterTurn = 1.5707963267948966;
 constexpr double kFifteenDegrees = 15.0 * 0.005555555555555556 * 3.141592653589793;
-
-struct Captured
-{
-    std::string out;
-    std::string err;
-};
-
-std::string ReadBack(FILE* file)
-{
-    std::rewind(file);
-    std::string text;
-    char buffer[4096];
-    size_t count;
-    while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0)
-        text.append(buffer, count);
-    std::fclose(file);
-    return text;
-}
-
-Captured Capture(const std::function<void(FILE*, FILE*)>& write)
-{
-    FILE* out = std::tmpfile();
-    FILE* err = std::tmpfile();
-    write(out, err);
-    return {ReadBack(out), ReadBack(err)};
-}
 
 std::vector<std::string> Lines(const std::string& text)
 {
@@ -166,7 +139,7 @@ TEST(CoverageReport, RowsMatchIndependentComputation)
     evaluator.SetSurface(nullptr);
     evaluator.SampleAnalysisPoses(kFullTurn, kFifteenDegrees);
     evaluator.poseVector()[2] = -1.5;
-    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+    const test::CapturedFiles report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
 
     const std::vector<std::string> lines = Lines(report.out);
     ASSERT_EQ(lines.size(), evaluator.poses().size());
@@ -240,7 +213,7 @@ TEST(CoverageReport, SolvabilityPercentagesFollowTheCases)
         QualityEvaluator evaluator;
         evaluator.SetModel(layout);
         evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
-        const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+        const test::CapturedFiles report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
         const std::vector<std::string> lines = Lines(report.out);
         ASSERT_EQ(lines.size(), 15u);
 
@@ -269,22 +242,6 @@ TEST(CoverageReport, SolvabilityPercentagesFollowTheCases)
     }
 }
 
-// A tilted sweep that can't reach a visible sensor leaves both errors at 1.0, while the
-// percentages still come from the geometry.
-struct SensitivityRow
-{
-    double yaw, pitch;
-    double error[3];
-};
-
-SensitivityRow ParseSensitivityRow(const std::string& line)
-{
-    std::istringstream in(line);
-    SensitivityRow row;
-    in >> row.yaw >> row.pitch >> row.error[0] >> row.error[1] >> row.error[2];
-    return row;
-}
-
 TEST(SensitivityReport, RowsMatchIndependentComputation)
 {
     SensorLayout layout = ShellLayout();
@@ -293,7 +250,7 @@ TEST(SensitivityReport, RowsMatchIndependentComputation)
     evaluator.SetModel(layout);
     evaluator.SampleAnalysisPoses(kFullTurn, kFifteenDegrees);
     evaluator.poseVector()[2] = -2.5;
-    const Captured report = Capture([&](FILE* out, FILE* err) { evaluator.WriteSensitivityReport(out, err); });
+    const test::CapturedFiles report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteSensitivityReport(out, err); });
     const std::vector<std::string> lines = Lines(report.out);
     ASSERT_EQ(lines.size(), evaluator.poses().size());
 
@@ -304,7 +261,9 @@ TEST(SensitivityReport, RowsMatchIndependentComputation)
     int checked = 0;
     for (size_t k = 0; k < lines.size(); ++k)
     {
-        const SensitivityRow row = ParseSensitivityRow(lines[k]);
+        std::istringstream row(lines[k]);
+        double yaw, pitch, error[3];
+        row >> yaw >> pitch >> error[0] >> error[1] >> error[2];
         const BaseStationPose& pose = evaluator.poses()[k];
         const Eigen::Matrix3d rotation = test::RotationOntoZ(test::GridDirection(pose.gridYaw, pose.gridPitch));
         const ReferenceRow expected = ReferenceFor(layout, rotation, rotation * Eigen::Vector3d(0.0, 0.0, -2.5));
@@ -315,8 +274,8 @@ TEST(SensitivityReport, RowsMatchIndependentComputation)
         ++checked;
         for (int axis = 0; axis < 3; ++axis)
         {
-            const double error = ClampedError(expected.variances[axis]);
-            EXPECT_NEAR(row.error[axis], error, 1.5e-6 + 1e-5 * error) << lines[k] << " axis " << axis;
+            const double want = ClampedError(expected.variances[axis]);
+            EXPECT_NEAR(error[axis], want, 1.5e-6 + 1e-5 * want) << lines[k] << " axis " << axis;
         }
     }
     EXPECT_GT(checked, 50);
@@ -327,7 +286,5 @@ TEST(SensitivityReport, RowsMatchIndependentComputation)
                           "did not see sensor id 9\n");
 }
 
-// everSeen counts the passes since the last rebuild: a new report after SetModel names
-// the unseen sensor again, and a sensor seen once is never named.
 } // namespace
 } // namespace kelvorig
