@@ -16,14 +16,6 @@ using test::RunKelvorig;
 using test::TempDir;
 using test::WriteFile;
 
-bool ParseQuietly(const std::vector<std::string>& arguments, CommandOptions& options)
-{
-    testing::internal::CaptureStderr();
-    const bool ok = ReadCommandLine(arguments, options);
-    testing::internal::GetCapturedStderr();
-    return ok;
-}
-
 TEST(ThreadsSwitch, ReadsLikeTheOtherCountSwitches)
 {
     EXPECT_EQ(CommandOptions().threads, 0);
@@ -44,7 +36,9 @@ TEST(ThreadsSwitch, ReadsLikeTheOtherCountSwitches)
     for (const Case& c : cases)
     {
         CommandOptions options;
-        EXPECT_EQ(ParseQuietly(c.arguments, options), c.ok) << c.arguments[0];
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(ReadCommandLine(c.arguments, options), c.ok) << c.arguments[0];
+        testing::internal::GetCapturedStderr();
         EXPECT_EQ(options.threads, c.threads) << c.arguments.back();
     }
 }
@@ -90,70 +84,60 @@ TEST(ThreadsSwitch, AnalysisIsTheSameOnAnyNumberOfThreads)
     }
 }
 
+// Each mode runs with the switch; where a mode writes to stdout, it writes what it writes
+// without it.
 TEST(ThreadsSwitch, AcceptedByEveryMode)
 {
     const BoxFiles files;
-    const std::string scad = files.dir.File("out.scad");
     const std::string json = files.dir.File("out.json");
-
-    const CliResult generate =
-        RunKelvorig({"/generate", "/nsensors", "6", "/sensors", files.surface, "/outmodel", json, "/norientations",
-                     "40", "/niterations", "1", "/coolingrate", "0.5", "/angleresolutiondegrees", "30", "/threads",
-                     "2"});
-    EXPECT_EQ(generate.status, 0) << generate.err;
-    EXPECT_NE(test::ReadFile(json).find("Final Quality Score"), std::string::npos);
-
-    const CliResult coverage =
-        RunKelvorig({"/threads", "2", "/verifycoverage", "20", "/sensors", files.surface, "/outscad", scad});
-    EXPECT_EQ(coverage.status, 0) << coverage.err;
-
-    const CliResult drawing = RunKelvorig({"/model", files.model, "/outscad", scad, "/threads", "1"});
-    EXPECT_EQ(drawing.status, 0) << drawing.err;
-
-    const CliResult sample = RunKelvorig({"/threads", "3", "/trackref_from_imu"});
-    EXPECT_EQ(sample.status, 0) << sample.err;
-    EXPECT_EQ(sample.out, RunKelvorig({"/trackref_from_imu"}).out);
-
     const std::string device = files.dir.File("device.json");
     WriteFile(device, R"({"device_class": "controller", "pharoscope_config": {"channelMap": [0]}})");
-    const CliResult conversion = RunKelvorig({"/threads", "3", "/formatconvert", "0", device});
-    EXPECT_EQ(conversion.status, 0) << conversion.err;
-    EXPECT_EQ(conversion.out, RunKelvorig({"/formatconvert", "0", device}).out);
-}
-
-// A value that doesn't scan, or a missing one, ends as for any "%d" switch.
-TEST(ThreadsSwitch, BadValueEndsLikeAnyCountSwitch)
-{
-    const BoxFiles files;
-    for (const std::vector<std::string>& tail : {std::vector<std::string>{"abc"}, std::vector<std::string>{}})
+    const struct
     {
-        std::vector<std::string> threads = {"/model", files.model, "/threads"};
-        std::vector<std::string> iterations = {"/model", files.model, "/niterations"};
-        threads.insert(threads.end(), tail.begin(), tail.end());
-        iterations.insert(iterations.end(), tail.begin(), tail.end());
-
-        const CliResult expected = RunKelvorig(iterations);
-        const CliResult result = RunKelvorig(threads);
-        EXPECT_EQ(result.status, 1);
-        EXPECT_EQ(result.out, "");
-        std::string err = expected.err;
-        if (tail.empty())
-            err.replace(err.find("/niterations"), std::string("/niterations").size(), "/threads");
-        EXPECT_EQ(result.err, err);
+        std::vector<std::string> switches;
+        std::vector<std::string> line;
+    } cases[] = {
+        {{"/threads", "2"},
+         {"/generate", "/nsensors", "6", "/sensors", files.surface, "/outmodel", json, "/norientations", "40",
+          "/niterations", "1", "/coolingrate", "0.5", "/angleresolutiondegrees", "30"}},
+        {{"/threads", "2"}, {"/verifycoverage", "20", "/sensors", files.surface, "/outscad", files.dir.File("c.scad")}},
+        {{"/threads", "1"}, {"/model", files.model, "/outscad", files.dir.File("m.scad")}},
+        {{"/threads", "3"}, {"/trackref_from_imu"}},
+        {{"/threads", "3"}, {"/formatconvert", "0", device}},
+    };
+    for (const auto& c : cases)
+    {
+        std::vector<std::string> withThreads = c.switches;
+        withThreads.insert(withThreads.end(), c.line.begin(), c.line.end());
+        const CliResult result = RunKelvorig(withThreads);
+        EXPECT_EQ(result.status, 0) << c.line[0] << ": " << result.err;
+        if (c.line[0] != "/generate")
+            EXPECT_EQ(result.out, RunKelvorig(c.line).out) << c.line[0];
     }
+    EXPECT_NE(test::ReadFile(json).find("Final Quality Score"), std::string::npos);
 }
 
-TEST(ThreadsSwitch, NegativeCountIsRefused)
+// A negative count is refused; a value that doesn't scan, or a missing one, ends as for any
+// "%d" switch; and the usage text doesn't name the switch.
+TEST(ThreadsSwitch, RefusalsAndUsage)
 {
     const BoxFiles files;
-    const CliResult result = RunKelvorig({"/model", files.model, "/threads", "-2"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "/threads -2: the count must be 0 (one per logical processor) or more\n");
-}
+    const CliResult negative = RunKelvorig({"/model", files.model, "/threads", "-2"});
+    EXPECT_EQ(negative.status, 1);
+    EXPECT_EQ(negative.out, "");
+    EXPECT_EQ(negative.err, "/threads -2: the count must be 0 (one per logical processor) or more\n");
 
-TEST(ThreadsSwitch, UsageTextDoesNotNameIt)
-{
+    const CliResult unscanned = RunKelvorig({"/model", files.model, "/threads", "abc"});
+    EXPECT_EQ(unscanned.status, 1);
+    EXPECT_EQ(unscanned.out, "");
+    EXPECT_EQ(unscanned.err, RunKelvorig({"/model", files.model, "/niterations", "abc"}).err);
+    const CliResult missing = RunKelvorig({"/model", files.model, "/threads"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.out, "");
+    std::string err = RunKelvorig({"/model", files.model, "/niterations"}).err;
+    err.replace(err.find("/niterations"), std::string("/niterations").size(), "/threads");
+    EXPECT_EQ(missing.err, err);
+
     const CliResult usage = RunKelvorig({});
     EXPECT_EQ(usage.status, 1);
     EXPECT_NE(usage.err.find("usage: kelvorig /generate"), std::string::npos);

@@ -75,19 +75,19 @@ TEST(IncrementalEvaluator, FullEvaluationMatchesTheReferenceBitForBit)
         bool occlusion;
         int32_t orientations;
         int32_t threads;
-        bool moved = false;  // translation moved off the default
+        bool moved;  // translation moved off the default
     } cases[] = {
-        {"occluded", 9, true, kOrientations, 1},
-        {"occluded, 2 threads", 9, true, kOrientations, 2},
-        {"occluded, 3 threads", 9, true, kOrientations, 3},
-        {"open", 9, false, kOrientations, 1},
-        {"open, 3 threads", 9, false, kOrientations, 3},
+        {"occluded", 9, true, kOrientations, 1, false},
+        {"occluded, 2 threads", 9, true, kOrientations, 2, false},
+        {"occluded, 3 threads", 9, true, kOrientations, 3, false},
+        {"open", 9, false, kOrientations, 1, false},
+        {"open, 3 threads", 9, false, kOrientations, 3, false},
         {"translation moved", 6, true, kOrientations, 1, true},
-        {"no sensors", 0, true, 30, 2},
-        {"one sensor", 1, true, 30, 2},
-        {"two sensors", 2, true, 30, 2},
-        {"one pose, not a number", 4, true, 1, 2},
-        {"no poses: scale infinite", 4, true, 0, 2},
+        {"no sensors", 0, true, 30, 2, false},
+        {"one sensor", 1, true, 30, 2, false},
+        {"two sensors", 2, true, 30, 2, false},
+        {"one pose, not a number", 4, true, 1, 2, false},
+        {"no poses: scale infinite", 4, true, 0, 2, false},
     };
     for (const Case& c : cases)
     {
