@@ -115,7 +115,7 @@ TEST(CoverageReport, RowsMatchIndependentComputation)
     evaluator.SetSurface(nullptr);
     evaluator.SampleAnalysisPoses(kFullTurn, kFifteenDegrees);
     evaluator.poseVector()[2] = -1.5;
-    const test::CapturedFiles report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+    const auto report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
 
     const std::vector<std::string> lines = Lines(report.out);
     ASSERT_EQ(lines.size(), evaluator.poses().size());
@@ -186,7 +186,7 @@ TEST(CoverageReport, SolvabilityPercentagesFollowTheCases)
         QualityEvaluator evaluator;
         evaluator.SetModel(layout);
         evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
-        const test::CapturedFiles report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+        const auto report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
         const std::vector<std::string> lines = Lines(report.out);
         ASSERT_EQ(lines.size(), 15u);
 
@@ -223,7 +223,7 @@ TEST(SensitivityReport, RowsMatchIndependentComputation)
     evaluator.SetModel(layout);
     evaluator.SampleAnalysisPoses(kFullTurn, kFifteenDegrees);
     evaluator.poseVector()[2] = -2.5;
-    const test::CapturedFiles report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteSensitivityReport(out, err); });
+    const auto report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteSensitivityReport(out, err); });
     const std::vector<std::string> lines = Lines(report.out);
     ASSERT_EQ(lines.size(), evaluator.poses().size());
 

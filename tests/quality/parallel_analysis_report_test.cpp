@@ -64,10 +64,14 @@ Report RunReport(const ReportSetup& setup, WorkerPool* workers)
     const test::CapturedFiles text = test::CaptureFiles(
         [&](FILE* out, FILE* err)
         {
-            if (setup.sensitivity)
-                workers ? evaluator.WriteSensitivityReport(*workers, out, err) : evaluator.WriteSensitivityReport(out, err);
+            if (setup.sensitivity && workers)
+                evaluator.WriteSensitivityReport(*workers, out, err);
+            else if (setup.sensitivity)
+                evaluator.WriteSensitivityReport(out, err);
+            else if (workers)
+                evaluator.WriteCoverageReport(*workers, out, err);
             else
-                workers ? evaluator.WriteCoverageReport(*workers, out, err) : evaluator.WriteCoverageReport(out, err);
+                evaluator.WriteCoverageReport(out, err);
         });
     return {text.out, text.err, evaluator.poseVector(), evaluator.visibility()->visible,
             evaluator.visibility()->everSeen};
