@@ -139,9 +139,9 @@ TEST(GenerateRun, ImmutableSensorsOfTheModel)
 TEST(GenerateRun, OneOutputAloneWritesOnlyThatFile)
 {
     test::MeshSurface box;
-    for (const auto& [output, name, header] :
-         {std::tuple<const char*, const char*, const char*>{"/outmodel", "only.json", "// Final Quality Score: "},
-          {"/outscad", "only.scad", "/* Final Quality Score: "}})
+    const std::tuple<const char*, const char*, const char*> outputs[] = {
+        {"/outmodel", "only.json", "// Final Quality Score: "}, {"/outscad", "only.scad", "/* Final Quality Score: "}};
+    for (const auto& [output, name, header] : outputs)
     {
         test::TempDir dir;
         const test::CliResult result = test::RunKelvorig(QuickGenerate(box, {output, dir.File(name)}));
