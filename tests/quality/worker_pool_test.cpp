@@ -79,24 +79,24 @@ TEST(WorkerPool, WhoRunsTheRanges)
     std::vector<size_t> begins;
     bool onCaller = true;
     const std::thread::id caller = std::this_thread::get_id();
-    one.ForEachRange(10, 3,
-                     [&](int32_t id, size_t begin, size_t)
-                     {
-                         onCaller = onCaller && id == 0 && std::this_thread::get_id() == caller;
-                         begins.push_back(begin);
-                     });
+    auto record = [&](int32_t id, size_t begin, size_t)
+    {
+        onCaller = onCaller && id == 0 && std::this_thread::get_id() == caller;
+        begins.push_back(begin);
+    };
+    one.ForEachRange(10, 3, record);
     EXPECT_TRUE(onCaller);
     EXPECT_EQ(begins, (std::vector<size_t>{0, 3, 6, 9}));
 
     WorkerPool three(3);
     std::vector<int32_t> worker(12, -1);
-    three.ForEachRange(worker.size(), 1,
-                       [&](int32_t id, size_t begin, size_t end)
-                       {
-                           for (size_t i = begin; i < end; ++i)
-                               worker[i] = id;
-                           std::this_thread::sleep_for(std::chrono::milliseconds(20));
-                       });
+    auto wait = [&](int32_t id, size_t begin, size_t end)
+    {
+        for (size_t i = begin; i < end; ++i)
+            worker[i] = id;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    };
+    three.ForEachRange(worker.size(), 1, wait);
     EXPECT_GT(std::count_if(worker.begin(), worker.end(), [](int32_t id) { return id != 0; }), 0);
 }
 
