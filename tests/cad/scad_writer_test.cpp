@@ -1,5 +1,7 @@
 #include "cad/scad_writer.h"
 
+#include "support/scad_drawing.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,65 +9,23 @@
 namespace kelvorig {
 namespace {
 
-// The fixed part of every drawing behind the sensor list; `marker` is the cylinder line.
-std::string Tail(const std::string& marker)
-{
-    return "];\n"
-           "\n"
-           "scale([1000, 1000, 1000])\n"
-           "\tconstellation();\n"
-           "\n"
-           "module constellation() {\n"
-           "\tfor(s = sensors)\n"
-           "\t\ttranslate(s[1])\n"
-           "\t\t\trotate(s[2], s[3])\n"
-           "\t\t\t\tsensor(s[0]);\n"
-           "}\n"
-           "\n"
-           "module sensor(spec) {\n"
-           "\tcolor(spec[1])\n" +
-           marker +
-           "}\n";
-}
+using test::kScadDisc;
+using test::ScadDrawingTail;
 
-const std::string kDisc = "\t\tcylinder(r = 0.0025, h = 0.001);\n";
-
-TrackedObjectModel TwoSensors()
+TEST(WriteScadFile, DrawsTheSensorRowsInMillimetresWithoutASurface)
 {
     TrackedObjectModel model;
     model.valid = true;
     model.channelMap = {7, -1};
     model.modelPoints = {{0.0123456789f, -0.05f, 0.045f}, {1, 2, 3}};
     model.modelNormals = {{0, 0, 1}, {1, 0, 0}};
-    return model;
-}
-
-TEST(WriteScadFile, WithoutSurfaceDrawsEmptyMeshBlockInMillimetres)
-{
-    EXPECT_EQ(WriteScadFile(TwoSensors(), "", {}, 1.0, false),
-              "\n"
-              "$fn = 40;\n"
-              "\n"
-              "scale([1000, 1000, 1000]) {\n"
-              "}\n"
-              "\n"
-              "sensors = [\n"
+    EXPECT_EQ(WriteScadFile(model, "", {}, 1.0, false),
+              "\n$fn = 40;\n\nscale([1000, 1000, 1000]) {\n}\n\nsensors = [\n"
               "\t[ [ 7, \"lime\" ], [ 0.0123457, -0.05, 0.045], -0, [1, 0, 0] ],\n"
               "\t[ [ -1, \"lime\" ], [ 1, 2, 3], -90, [0, -1, 0] ],\n" +
-                  Tail(kDisc));
-}
+                  ScadDrawingTail(kScadDisc));
 
-TEST(WriteScadFile, BackslashesInImportPathsAreDoubledSlashesKept)
-{
-    const std::string text =
-        WriteScadFile(TrackedObjectModel(), "C:\\cad\\shell.stl", {"../meshes/strap.stl", "D:\\x\\\\y.stl"}, 1.0, false);
-    EXPECT_NE(text.find("\tcolor(\"orange\") import(\"C:\\\\cad\\\\shell.stl\", convexity = 4);\n"), std::string::npos);
-    EXPECT_NE(text.find("\tcolor(\"white\") import(\"../meshes/strap.stl\", convexity = 4);\n"), std::string::npos);
-    EXPECT_NE(text.find("\tcolor(\"white\") import(\"D:\\\\x\\\\\\\\y.stl\", convexity = 4);\n"), std::string::npos);
-}
-
-TEST(WriteScadFile, BareSeatsGetTheirRowIndexAndMissingNormalsPointAlongZ)
-{
+    // Bare seats are numbered by row, and a seat without a normal points along +Z.
     TrackedObjectModel seats;
     seats.modelPoints = {{0.1f, 0, 0}, {0, 0.2f, 0}};
     seats.modelNormals = {{1, 0, 0}};
@@ -76,6 +36,15 @@ TEST(WriteScadFile, BareSeatsGetTheirRowIndexAndMissingNormalsPointAlongZ)
                         "];\n"),
               std::string::npos)
         << text;
+}
+
+TEST(WriteScadFile, BackslashesInImportPathsAreDoubledSlashesKept)
+{
+    const std::string text =
+        WriteScadFile(TrackedObjectModel(), "C:\\cad\\shell.stl", {"../meshes/strap.stl", "D:\\x\\\\y.stl"}, 1.0, false);
+    EXPECT_NE(text.find("\tcolor(\"orange\") import(\"C:\\\\cad\\\\shell.stl\", convexity = 4);\n"), std::string::npos);
+    EXPECT_NE(text.find("\tcolor(\"white\") import(\"../meshes/strap.stl\", convexity = 4);\n"), std::string::npos);
+    EXPECT_NE(text.find("\tcolor(\"white\") import(\"D:\\\\x\\\\\\\\y.stl\", convexity = 4);\n"), std::string::npos);
 }
 
 TEST(RotationText, TurnsZOntoTheNormal)
@@ -95,15 +64,11 @@ TEST(RotationText, TurnsZOntoTheNormal)
     };
     for (const auto& c : cases)
         EXPECT_EQ(RotationText(c.normal), c.text) << c.normal.transpose();
-}
 
-TEST(RotationText, AngleMatchesTheTiltOfTheNormal)
-{
+    // A general normal: the angle is its tilt off +Z, the axis n x Z = (ny, -nx, 0) normalised.
     const Eigen::Vector3f normal = Eigen::Vector3f(0.3f, -0.4f, 0.5f).normalized();
     const std::string text = RotationText(normal);
-    const double degrees = -std::stod(text);
-    EXPECT_NEAR(degrees, std::acos(static_cast<double>(normal.z())) * 180.0 / 3.141592653589793, 1e-3);
-    // Axis n x Z = (ny, -nx, 0), normalised.
+    EXPECT_NEAR(-std::stod(text), std::acos(static_cast<double>(normal.z())) * 180.0 / 3.141592653589793, 1e-3);
     EXPECT_NE(text.find("[-0.8, -0.6, 0]"), std::string::npos) << text;
 }
 

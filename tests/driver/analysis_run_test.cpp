@@ -15,162 +15,74 @@
 namespace kelvorig {
 namespace {
 
-using ::testing::internal::CaptureStderr;
-using ::testing::internal::CaptureStdout;
-using ::testing::internal::GetCapturedStderr;
-using ::testing::internal::GetCapturedStdout;
-
-SensorLayout LayoutWithIds(const std::vector<int32_t>& ids)
-{
-    TrackedObjectModel model;
-    model.valid = true;
-    model.channelMap = ids;
-    for (size_t i = 0; i < ids.size(); ++i)
-    {
-        const float f = static_cast<float>(i);
-        model.modelPoints.emplace_back(0.01f * f, 0.02f * std::sin(f), 0.015f * std::cos(2.0f * f));
-        model.modelNormals.emplace_back(std::sin(f), std::cos(3.0f * f), 0.5f);
-    }
-    return SensorLayout(model, kIdentityTransform);
-}
-
-struct RunOutput
-{
-    int status;
-    std::string out;
-    std::string err;
-};
-
-RunOutput RunCaptured(const CommandOptions& options, SensorLayout& layout, QualityEvaluator& evaluator)
-{
-    CaptureStdout();
-    CaptureStderr();
-    const int status = RunAnalysis(options, layout, nullptr, evaluator);
-    std::fflush(stdout);
-    std::fflush(stderr);
-    RunOutput output{status, GetCapturedStdout(), ""};
-    output.err = GetCapturedStderr();
-    return output;
-}
-
-CommandOptions Coarse()
-{
-    CommandOptions options;
-    options.angleResolutionDegrees = 30.0;
-    return options;
-}
-
-TEST(AnalysisRun, RefusesBeforeAnyWork)
-{
-    struct Case
-    {
-        const char* name;
-        std::vector<int32_t> ids;
-        double resolution;
-        const char* message;
-    } cases[] = {
-        {"zero step", {0, 1}, 0.0, "/angleresolutiondegrees must be greater than 0, not 0\n"},
-        {"negative step", {0, 1}, -0.5, "/angleresolutiondegrees must be greater than 0, not -0.5\n"},
-        {"33 sensors", std::vector<int32_t>(33, 0), 30.0, "cannot analyse 33 sensors: at most 32 are supported\n"},
-        {"id 32", {0, 32, 1}, 30.0, "cannot analyse sensor id 32: ids must be 0 to 31\n"},
-        {"negative id ahead", {0, -1, 1}, 30.0,
-         "cannot analyse sensor id 1: a negative id ahead of it in channelMap leaves it without a position\n"},
-    };
-    for (const Case& c : cases)
-    {
-        SensorLayout layout = LayoutWithIds(c.ids);
-        QualityEvaluator evaluator;
-        CommandOptions options = Coarse();
-        options.angleResolutionDegrees = c.resolution;
-        const RunOutput output = RunCaptured(options, layout, evaluator);
-        EXPECT_EQ(output.status, 1) << c.name;
-        EXPECT_EQ(output.out, "") << c.name;
-        EXPECT_EQ(output.err, c.message) << c.name;
-        EXPECT_EQ(evaluator.visibility(), nullptr) << c.name;
-        EXPECT_TRUE(evaluator.poses().empty()) << c.name;
-    }
-}
-
-TEST(AnalysisRun, NegativeIdsAfterTheLastSensorAreHarmless)
-{
-    SensorLayout layout = LayoutWithIds({0, 1, 2, -1, -7});
-    QualityEvaluator evaluator;
-    const RunOutput output = RunCaptured(Coarse(), layout, evaluator);
-    EXPECT_EQ(output.status, 0);
-    EXPECT_FALSE(output.out.empty());
-}
-
-TEST(AnalysisRun, SetsUpTheEvaluator)
-{
-    SensorLayout layout = LayoutWithIds({3, 1, 4});
-    QualityEvaluator evaluator;
-    CommandOptions options = Coarse();
-    options.maxIncidenceAngle = 75.0;
-    options.distanceBaseMeters = 3.0;
-    const RunOutput output = RunCaptured(options, layout, evaluator);
-    EXPECT_EQ(output.status, 0);
-    EXPECT_EQ(layout.cosMaxIncidence, std::cos(75.0 * 0.005555555555555556 * 3.141592653589793));
-    EXPECT_EQ(evaluator.poseVector()[2], -3.0);
-    EXPECT_EQ(evaluator.baseStationModel().kind, 0);  // no tilt given
-    ASSERT_NE(evaluator.visibility(), nullptr);
-    EXPECT_EQ(evaluator.visibility()->SensorCount(), 3u);
-    // 30 degree steps: 7 pitches by 13 yaws, give or take the accumulated last step.
-    const size_t rows = evaluator.poses().size();
-    EXPECT_EQ(std::count(output.out.begin(), output.out.end(), '\n'), static_cast<long>(rows));
-    EXPECT_GE(rows, 6u * 12u);
-    EXPECT_LE(rows, 7u * 13u);
-}
-
-TEST(AnalysisRun, DistanceSignPlaysNoPart)
-{
-    SensorLayout first = LayoutWithIds({0, 1, 2, 3, 4});
-    SensorLayout second = LayoutWithIds({0, 1, 2, 3, 4});
-    QualityEvaluator near, far;
-    CommandOptions options = Coarse();
-    options.distanceBaseMeters = -3.0;
-    const RunOutput negative = RunCaptured(options, first, near);
-    options.distanceBaseMeters = 3.0;
-    const RunOutput positive = RunCaptured(options, second, far);
-    EXPECT_EQ(negative.out, positive.out);
-    EXPECT_NE(negative.out.find(" 3.0 0.0 "), std::string::npos);
-    EXPECT_EQ(near.poseVector()[2], -3.0);
-}
-
-TEST(AnalysisRun, TiltSelectsTheTiltedModel)
-{
-    SensorLayout layout = LayoutWithIds({0, 1, 2, 3});
-    QualityEvaluator evaluator;
-    CommandOptions options = Coarse();
-    options.srbTiltRadians = 0.3;
-    EXPECT_EQ(RunCaptured(options, layout, evaluator).status, 0);
-    EXPECT_EQ(evaluator.baseStationModel().kind, 7);
-    EXPECT_EQ(evaluator.baseStationModel().tiltRadians, 0.3);
-    EXPECT_EQ(evaluator.visibility()->observations[0].sweepModel, 2);
-}
-
-TEST(AnalysisRun, SensitivitySwitchSelectsTheSensitivityTable)
-{
-    SensorLayout layout = LayoutWithIds({0, 1, 2, 3});
-    QualityEvaluator evaluator;
-    CommandOptions options = Coarse();
-    options.baseStationSensitivity = true;
-    const RunOutput output = RunCaptured(options, layout, evaluator);
-    EXPECT_EQ(output.status, 0);
-    const std::string firstLine = output.out.substr(0, output.out.find('\n'));
-    EXPECT_EQ(std::count(firstLine.begin(), firstLine.end(), ' '), 4) << firstLine;
-    EXPECT_EQ(evaluator.poseVector()[2], -2.0);  // translation restored
-}
-
-} // namespace
-} // namespace kelvorig
-
-namespace kelvorig {
-namespace {
-
 using test::CliResult;
 using test::RunKelvorig;
 using test::TempDir;
 using test::WriteFile;
+
+// Four sensors at made-up places, analysed on a coarse 30 degree grid in this process;
+// returns the report.
+std::string Analyse(const CommandOptions& overrides, QualityEvaluator& evaluator)
+{
+    TrackedObjectModel model;
+    model.valid = true;
+    for (int i = 0; i < 4; ++i)
+    {
+        const float f = static_cast<float>(i);
+        model.channelMap.push_back(3 - i);
+        model.modelPoints.emplace_back(0.01f * f, 0.02f * std::sin(f), 0.015f * std::cos(2.0f * f));
+        model.modelNormals.emplace_back(std::sin(f), std::cos(3.0f * f), 0.5f);
+    }
+    SensorLayout layout(model, kIdentityTransform);
+    CommandOptions options = overrides;
+    options.angleResolutionDegrees = 30.0;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(RunAnalysis(options, layout, nullptr, evaluator), 0);
+    std::fflush(stdout);
+    EXPECT_EQ(layout.cosMaxIncidence, std::cos(options.maxIncidenceAngle * 0.005555555555555556 * 3.141592653589793));
+    return testing::internal::GetCapturedStdout();
+}
+
+TEST(AnalysisRun, SetsUpTheEvaluatorFromTheOptions)
+{
+    CommandOptions options;
+    options.maxIncidenceAngle = 75.0;
+    options.distanceBaseMeters = 3.0;
+    QualityEvaluator plain;
+    const std::string report = Analyse(options, plain);
+    EXPECT_EQ(plain.poseVector()[2], -3.0);
+    EXPECT_EQ(plain.baseStationModel().kind, 0);  // no tilt given
+    ASSERT_NE(plain.visibility(), nullptr);
+    EXPECT_EQ(plain.visibility()->SensorCount(), 4u);
+    // 30 degree steps: 7 pitches by 13 yaws, give or take the accumulated last step.
+    const size_t rows = plain.poses().size();
+    EXPECT_EQ(std::count(report.begin(), report.end(), '\n'), static_cast<long>(rows));
+    EXPECT_GE(rows, 6u * 12u);
+    EXPECT_LE(rows, 7u * 13u);
+
+    // The distance's sign plays no part.
+    options.distanceBaseMeters = -3.0;
+    QualityEvaluator negative;
+    EXPECT_EQ(Analyse(options, negative), report);
+    EXPECT_NE(report.find(" 3.0 0.0 "), std::string::npos);
+    EXPECT_EQ(negative.poseVector()[2], -3.0);
+
+    CommandOptions tilted;
+    tilted.srbTiltRadians = 0.3;
+    QualityEvaluator tilt;
+    Analyse(tilted, tilt);
+    EXPECT_EQ(tilt.baseStationModel().kind, 7);
+    EXPECT_EQ(tilt.baseStationModel().tiltRadians, 0.3);
+    EXPECT_EQ(tilt.visibility()->observations[0].sweepModel, 2);
+
+    CommandOptions sensitivity;
+    sensitivity.baseStationSensitivity = true;
+    QualityEvaluator table;
+    const std::string sensitivityReport = Analyse(sensitivity, table);
+    const std::string firstLine = sensitivityReport.substr(0, sensitivityReport.find('\n'));
+    EXPECT_EQ(std::count(firstLine.begin(), firstLine.end(), ' '), 4) << firstLine;
+    EXPECT_EQ(table.poseVector()[2], -2.0);  // translation restored
+}
 
 struct Sensor
 {
@@ -185,17 +97,14 @@ std::string ModelJson(const std::vector<Sensor>& sensors)
     json << "{\"channelMap\": [";
     for (size_t i = 0; i < sensors.size(); ++i)
         json << (i ? ", " : "") << sensors[i].id;
-    json << "], \"modelPoints\": [";
-    for (size_t i = 0; i < sensors.size(); ++i)
+    for (const char* key : {"modelPoints", "modelNormals"})
     {
-        const Eigen::Vector3f& p = sensors[i].position;
-        json << (i ? ", " : "") << "[" << p.x() << ", " << p.y() << ", " << p.z() << "]";
-    }
-    json << "], \"modelNormals\": [";
-    for (size_t i = 0; i < sensors.size(); ++i)
-    {
-        const Eigen::Vector3f& n = sensors[i].normal;
-        json << (i ? ", " : "") << "[" << n.x() << ", " << n.y() << ", " << n.z() << "]";
+        json << "], \"" << key << "\": [";
+        for (size_t i = 0; i < sensors.size(); ++i)
+        {
+            const Eigen::Vector3f& v = std::string(key) == "modelPoints" ? sensors[i].position : sensors[i].normal;
+            json << (i ? ", " : "") << "[" << v.x() << ", " << v.y() << ", " << v.z() << "]";
+        }
     }
     json << "]}\n";
     return json.str();
@@ -241,9 +150,9 @@ protected:
         WriteFile(dir.File("model.json"), ModelJson(BoxSensors()));
     }
 
-    CliResult Analyse(std::vector<std::string> extra)
+    CliResult Analyse(std::vector<std::string> extra, const std::string& model = "model.json")
     {
-        std::vector<std::string> arguments = {"/model", dir.File("model.json"), "/angleresolutiondegrees", "10"};
+        std::vector<std::string> arguments = {"/model", dir.File(model), "/angleresolutiondegrees", "10"};
         arguments.insert(arguments.end(), extra.begin(), extra.end());
         return RunKelvorig(arguments);
     }
@@ -251,17 +160,23 @@ protected:
     TempDir dir;
 };
 
-// On a convex shape nothing the incidence test lets through is ever occluded.
-TEST_F(AnalysisRunCommandLine, ConvexMeshChangesNothing)
+// On a convex shape nothing the incidence test lets through is ever occluded, and negative
+// ids after the last sensor leave the others' lookups inside the lists.
+TEST_F(AnalysisRunCommandLine, ConvexMeshAndTrailingNegativeIdsChangeNothing)
 {
-    const CliResult bare = Analyse({});
-    const CliResult onMesh = Analyse({"/sensors", dir.File("box.stl")});
-    ASSERT_EQ(bare.status, 0) << bare.err;
-    ASSERT_EQ(onMesh.status, 0) << onMesh.err;
-    EXPECT_EQ(onMesh.out, bare.out);
-    EXPECT_EQ(onMesh.err, bare.err);
-    EXPECT_EQ(SensorsInRows(bare.out).size(), BoxSensors().size());
+    std::vector<Sensor> trailing = BoxSensors();
+    trailing.push_back({-1, {0.0f, 0.0f, -0.05f}, -Eigen::Vector3f::UnitZ()});
+    WriteFile(dir.File("trailing.json"), ModelJson(trailing));
 
+    const CliResult bare = Analyse({});
+    ASSERT_EQ(bare.status, 0) << bare.err;
+    EXPECT_EQ(SensorsInRows(bare.out).size(), BoxSensors().size());
+    for (const CliResult& same : {Analyse({"/sensors", dir.File("box.stl")}), Analyse({}, "trailing.json")})
+    {
+        EXPECT_EQ(same.status, 0) << same.err;
+        EXPECT_EQ(same.out, bare.out);
+        EXPECT_EQ(same.err, bare.err);
+    }
     const CliResult sensitivity = Analyse({"/sensors", dir.File("box.stl"), "/basestationsensitivity"});
     EXPECT_EQ(sensitivity.out, Analyse({"/basestationsensitivity"}).out);
 }
@@ -316,17 +231,6 @@ TEST_F(AnalysisRunCommandLine, RefusesWhatItCannotAnalyse)
         EXPECT_EQ(result.out, "") << c.name;
         EXPECT_EQ(result.err, c.message) << c.name;
     }
-}
-
-// Negative ids after the last sensor leave the others' lookups inside the lists.
-TEST_F(AnalysisRunCommandLine, TrailingNegativeIdsAreAccepted)
-{
-    std::vector<Sensor> sensors = BoxSensors();
-    sensors.push_back({-1, {0.0f, 0.0f, -0.05f}, -Eigen::Vector3f::UnitZ()});
-    WriteFile(dir.File("trailing.json"), ModelJson(sensors));
-    const CliResult trailing = RunKelvorig({"/model", dir.File("trailing.json"), "/angleresolutiondegrees", "10"});
-    EXPECT_EQ(trailing.status, 0) << trailing.err;
-    EXPECT_EQ(trailing.out, Analyse({}).out);
 }
 
 } // namespace

@@ -54,29 +54,15 @@ Parsed Parse(const std::vector<std::string>& arguments)
     return parsed;
 }
 
-void ExpectFails(const std::vector<std::string>& arguments, const std::string& err)
+TEST(ReadCommandLine, EverySwitchSetsItsFieldAndDefaultsAreTheRecordsOwn)
 {
-    const CliResult result = RunKelvorig(arguments);
-    std::string line;
-    for (const std::string& argument : arguments)
-        line += argument + " ";
-    EXPECT_EQ(result.status, 1) << line;
-    EXPECT_EQ(result.err, err) << line;
-    EXPECT_EQ(result.out, "") << line;
-}
+    const Parsed defaults = Parse({});
+    EXPECT_TRUE(defaults.ok);
+    EXPECT_EQ(defaults.options.maxIncidenceAngle, 60.0);
+    EXPECT_EQ(defaults.options.coolingRate, 0.96);
+    EXPECT_EQ(defaults.options.nOrientations, 1250);
+    EXPECT_EQ(defaults.options.nSensors, -1);
 
-TEST(ReadCommandLine, DefaultsAreTheRecordsOwn)
-{
-    const Parsed parsed = Parse({});
-    EXPECT_TRUE(parsed.ok);
-    EXPECT_EQ(parsed.options.maxIncidenceAngle, 60.0);
-    EXPECT_EQ(parsed.options.coolingRate, 0.96);
-    EXPECT_EQ(parsed.options.nOrientations, 1250);
-    EXPECT_EQ(parsed.options.nSensors, -1);
-}
-
-TEST(ReadCommandLine, EverySwitchSetsItsField)
-{
     const Parsed parsed = Parse({"/generate", "/withscadnormals", "/verifycoverage", "100", "/model", "m.json",
                                  "/sensors", "s.stl", "/obstacles", "a.stl", "/outmodel", "o.json", "/outscad",
                                  "o.scad", "/maxincidenceangle", "70", "/maxsurfaceangle", "12.5", "/coolingrate",
@@ -85,9 +71,7 @@ TEST(ReadCommandLine, EverySwitchSetsItsField)
                                  "4", "/srbtiltdegrees", "30", "/basestationsensitivity", "/obstacles", "b.stl"});
     ASSERT_TRUE(parsed.ok) << parsed.err;
     const CommandOptions& o = parsed.options;
-    EXPECT_TRUE(o.generate);
-    EXPECT_TRUE(o.withScadNormals);
-    EXPECT_TRUE(o.baseStationSensitivity);
+    EXPECT_TRUE(o.generate && o.withScadNormals && o.baseStationSensitivity);
     EXPECT_EQ(o.verifyCoverage, 100);
     EXPECT_EQ(o.modelPath, "m.json");
     EXPECT_EQ(o.sensorsPath, "s.stl");
@@ -107,47 +91,36 @@ TEST(ReadCommandLine, EverySwitchSetsItsField)
     EXPECT_EQ(o.srbTiltRadians, DegreesToRadians(30.0));
 }
 
-TEST(ReadCommandLine, SwitchesIgnoreCaseAndLastPathWins)
+// Switches ignore case, the last path wins, a value is taken whatever it looks like,
+// numbers are leading scans, the quality range is put in order and the tilt is in radians.
+TEST(ReadCommandLine, ValuesAreReadLeniently)
 {
-    const Parsed parsed = Parse({"/MODEL", "a.json", "/Model", "B.JSON", "/OutScad", "x.scad", "/GENERATE"});
+    const Parsed parsed = Parse({"/MODEL", "a.json", "/Model", "/generate", "/nsensors", "12abc", "/coolingrate",
+                                 " 0.5x", "/norientations", "-7", "/niterations", "99999999999", "/qualityrange",
+                                 "5", "2", "/srbtiltdegrees", "-12.5", "/OutScad", "x.scad"});
     ASSERT_TRUE(parsed.ok);
-    EXPECT_EQ(parsed.options.modelPath, "B.JSON");
-    EXPECT_EQ(parsed.options.outScadPath, "x.scad");
-    EXPECT_TRUE(parsed.options.generate);
+    const CommandOptions& o = parsed.options;
+    EXPECT_EQ(o.modelPath, "/generate");
+    EXPECT_FALSE(o.generate);
+    EXPECT_EQ(o.outScadPath, "x.scad");
+    EXPECT_EQ(o.nSensors, 12);
+    EXPECT_EQ(o.coolingRate, 0.5);
+    EXPECT_EQ(o.nOrientations, -7);
+    EXPECT_EQ(o.nIterations, INT32_MAX);
+    EXPECT_EQ(o.qualityLow, 2.0);
+    EXPECT_EQ(o.qualityHigh, 5.0);
+    EXPECT_EQ(o.srbTiltRadians, -12.5 * 0.005555555555555556 * 3.141592653589793);
 }
 
-TEST(ReadCommandLine, ValuesAreTakenWhateverTheyLookLike)
-{
-    const Parsed parsed = Parse({"/model", "/generate"});
-    ASSERT_TRUE(parsed.ok);
-    EXPECT_EQ(parsed.options.modelPath, "/generate");
-    EXPECT_FALSE(parsed.options.generate);
-}
-
-TEST(ReadCommandLine, NumbersAreLeadingScans)
-{
-    const Parsed parsed = Parse({"/nsensors", "12abc", "/coolingrate", " 0.5x", "/norientations", "-7"});
-    ASSERT_TRUE(parsed.ok);
-    EXPECT_EQ(parsed.options.nSensors, 12);
-    EXPECT_EQ(parsed.options.coolingRate, 0.5);
-    EXPECT_EQ(parsed.options.nOrientations, -7);
-}
-
-TEST(ReadCommandLine, ValueThatDoesNotScanStopsSilentlyAndKeepsTheField)
+// A value that doesn't scan stops the loop silently and keeps the field; a half-read
+// quality range is still put in order.
+TEST(ReadCommandLine, ValueThatDoesNotScanStopsSilently)
 {
     const Parsed parsed = Parse({"/nsensors", "4", "/nsensors", "many", "/generate"});
     EXPECT_FALSE(parsed.ok);
     EXPECT_EQ(parsed.err, "");
     EXPECT_EQ(parsed.options.nSensors, 4);
     EXPECT_FALSE(parsed.options.generate);
-}
-
-TEST(ReadCommandLine, QualityRangeIsPutInOrderBeforeAFailureCounts)
-{
-    const Parsed swapped = Parse({"/qualityrange", "5", "2"});
-    ASSERT_TRUE(swapped.ok);
-    EXPECT_EQ(swapped.options.qualityLow, 2.0);
-    EXPECT_EQ(swapped.options.qualityHigh, 5.0);
 
     const Parsed half = Parse({"/qualityrange", "x", "-3"});
     EXPECT_FALSE(half.ok);
@@ -155,117 +128,75 @@ TEST(ReadCommandLine, QualityRangeIsPutInOrderBeforeAFailureCounts)
     EXPECT_EQ(half.options.qualityHigh, -1.0);
 }
 
-TEST(ReadCommandLine, TiltIsConvertedToRadiansAtOnce)
+TEST(CommandLine, RefusedLinesPrintTheirMessageAndFail)
 {
-    const Parsed parsed = Parse({"/srbtiltdegrees", "-12.5"});
-    ASSERT_TRUE(parsed.ok);
-    EXPECT_EQ(parsed.options.srbTiltRadians, -12.5 * 0.005555555555555556 * 3.141592653589793);
-}
-
-TEST(ReadCommandLine, UnknownArgumentsAndSwitchesStopTheLoop)
-{
+    const std::string needsSensors = "/generate requires /sensors <surface.stl>\n";
+    const std::string needsOutput = "/generate output needs /outscad <foo.scad> and/or /outmodel <foo.json>\n";
+    const std::string needsCount = "must specify /nsensors with /generate\n";
+    const std::string neverFinish = "/coolingrate >= 1.0 would never finish\n";
+    const std::string coverage = "/verifycoverage requires /sensors and /outscad\n";
+    const std::string needsDevice = "/formatconvert needs a device file after the format number\n";
+    const std::vector<std::string> generate = {"/generate", "/sensors", "s.stl", "/outmodel", "o.json", "/nsensors",
+                                               "8"};
+    const auto plus = [&](std::vector<std::string> tail)
+    {
+        tail.insert(tail.begin(), generate.begin(), generate.end());
+        return tail;
+    };
     const struct
     {
         std::vector<std::string> arguments;
         std::string err;
     } cases[] = {
-        {{"model.json", "/generate"}, "Unrecognized command line argument [ model.json ].\n"},
-        {{"/bogus", "/generate"}, "Unrecognized command line switch [ /bogus ].\n"},
-        {{"/generate", "/model"}, "Unrecognized command line switch [ /model ].\n"},
-        {{"/qualityrange", "1"}, "Unrecognized command line switch [ /qualityrange ].\n"},
-        {{"/formatconvert"}, "Unrecognized command line switch [ /formatconvert ].\n"},
-        {{"/generate2"}, "Unrecognized command line switch [ /generate2 ].\n"},
-        {{""}, "Unrecognized command line argument [  ].\n"},
+        {{}, kUsage},
+        // The generate checks, in their order.
+        {{"/generate"}, needsSensors},
+        {{"/GENERATE"}, needsSensors},
+        {{"/generate", "/sensors", "s.stl"}, needsOutput},
+        {{"/generate", "/sensors", "s.stl", "/outscad", "o.scad", "/nsensors", "0"}, needsCount},
+        {{"/generate", "/sensors", "s.stl", "/outscad", "o.scad", "/nsensors", "-4"}, needsCount},
+        {{"/generate", "/sensors", "s.stl", "/outscad", "o.scad"}, needsCount},
+        {plus({"/coolingrate", "1.0"}), neverFinish},
+        {plus({"/coolingrate", "1"}), neverFinish},
+        {plus({"/coolingrate", "7"}), neverFinish},
+        {plus({"/srbtiltdegrees", "10"}), "/srbtiltdegrees is not plumbed to /generate yet\n"},
+        {{"/generate", "/sensors", "s.stl", "/outmodel", "o.json", "/nsensors", "33"},
+         "/nsensors 33 is more than the 32 sensors kelvorig can evaluate\n"},
+        // Coverage needs a surface and a drawing, with or without /generate.
+        {{"/verifycoverage", "1000"}, coverage},
+        {{"/verifycoverage", "-5", "/sensors", "s.stl"}, coverage},
+        {{"/verifycoverage", "10", "/outscad", "c.scad"}, coverage},
+        {plus({"/verifycoverage", "10"}), coverage},
+        // No mode and no model.
+        {{"/verifycoverage", "0"}, kUsage},
+        {{"/sensors", "s.stl", "/outscad", "x.scad", "/coolingrate", "1.0"}, kUsage},
+        // An argument error ends in the usage unless an earlier check fires.
+        {{"/model", "m.json", "/nsensors", "abc"}, kUsage},
+        {{"/model", "m.json", "stray"}, "Unrecognized command line argument [ stray ].\n" + kUsage},
+        {{"/model"}, "Unrecognized command line switch [ /model ].\n" + kUsage},
+        {{"/model", "m.json", "/qualityrange", "1"}, "Unrecognized command line switch [ /qualityrange ].\n" + kUsage},
+        {{"/bogus", "/generate"}, "Unrecognized command line switch [ /bogus ].\n" + kUsage},
+        {{"/generate2"}, "Unrecognized command line switch [ /generate2 ].\n" + kUsage},
+        {{""}, "Unrecognized command line argument [  ].\n" + kUsage},
+        // The loop stops at the unknown switch, so the generate checks speak first.
+        {{"/generate", "/bogus", "/sensors", "s.stl"}, "Unrecognized command line switch [ /bogus ].\n" + needsSensors},
+        {{"/generate", "/nsensors", "abc", "/sensors", "s.stl"}, needsSensors},
+        // Format conversion needs a device file.
+        {{"/formatconvert", "1"}, needsDevice},
+        {{"/formatconvert", "abc"}, needsDevice},
+        {{"/formatconvert", "7x"}, "Unrecognized json format [ 7x ]. Allowed values {0,1}\n" + needsDevice},
+        {{"/formatconvert"}, "Unrecognized command line switch [ /formatconvert ].\n" + kUsage},
     };
     for (const auto& c : cases)
     {
-        const Parsed parsed = Parse(c.arguments);
-        EXPECT_FALSE(parsed.ok);
-        EXPECT_EQ(parsed.err, c.err);
-        EXPECT_FALSE(parsed.options.generate && c.arguments[0] != "/generate");
+        const CliResult result = RunKelvorig(c.arguments);
+        std::string line;
+        for (const std::string& argument : c.arguments)
+            line += argument + " ";
+        EXPECT_EQ(result.status, 1) << line;
+        EXPECT_EQ(result.err, c.err) << line;
+        EXPECT_EQ(result.out, "") << line;
     }
-}
-
-TEST(ScanNumbers, ReportWhetherANumberWasConverted)
-{
-    int32_t whole = 5;
-    EXPECT_FALSE(ScanInt("", whole));
-    EXPECT_FALSE(ScanInt("x1", whole));
-    EXPECT_EQ(whole, 5);
-    EXPECT_TRUE(ScanInt("+3.9", whole));
-    EXPECT_EQ(whole, 3);
-    EXPECT_TRUE(ScanInt("99999999999", whole));
-    EXPECT_EQ(whole, INT32_MAX);
-
-    double real = 5.0;
-    EXPECT_FALSE(ScanDouble("abc", real));
-    EXPECT_EQ(real, 5.0);
-    EXPECT_TRUE(ScanDouble("1e-3mm", real));
-    EXPECT_EQ(real, 1e-3);
-}
-
-TEST(CommandLine, NoArgumentsPrintTheUsage)
-{
-    ExpectFails({}, kUsage);
-}
-
-TEST(CommandLine, GenerateChecksInTheirOrder)
-{
-    ExpectFails({"/generate"}, "/generate requires /sensors <surface.stl>\n");
-    ExpectFails({"/GENERATE"}, "/generate requires /sensors <surface.stl>\n");
-    ExpectFails({"/generate", "/sensors", "s.stl"},
-                "/generate output needs /outscad <foo.scad> and/or /outmodel <foo.json>\n");
-    for (const std::string count : {"0", "-4"})
-    {
-        ExpectFails({"/generate", "/sensors", "s.stl", "/outscad", "o.scad", "/nsensors", count},
-                    "must specify /nsensors with /generate\n");
-    }
-    ExpectFails({"/generate", "/sensors", "s.stl", "/outscad", "o.scad"}, "must specify /nsensors with /generate\n");
-    for (const std::string rate : {"1.0", "1", "7"})
-    {
-        ExpectFails({"/generate", "/sensors", "s.stl", "/outmodel", "o.json", "/nsensors", "8", "/coolingrate", rate},
-                    "/coolingrate >= 1.0 would never finish\n");
-    }
-}
-
-TEST(CommandLine, CoverageNeedsSurfaceAndDrawingWithOrWithoutGenerate)
-{
-    ExpectFails({"/verifycoverage", "1000"}, "/verifycoverage requires /sensors and /outscad\n");
-    ExpectFails({"/verifycoverage", "-5", "/sensors", "s.stl"}, "/verifycoverage requires /sensors and /outscad\n");
-    ExpectFails({"/verifycoverage", "10", "/outscad", "c.scad"}, "/verifycoverage requires /sensors and /outscad\n");
-    ExpectFails({"/generate", "/sensors", "s.stl", "/outmodel", "o.json", "/nsensors", "8", "/verifycoverage", "10"},
-                "/verifycoverage requires /sensors and /outscad\n");
-}
-
-TEST(CommandLine, NoModeAndNoModelPrintsTheUsage)
-{
-    ExpectFails({"/verifycoverage", "0"}, kUsage);
-    ExpectFails({"/sensors", "s.stl", "/outscad", "x.scad", "/coolingrate", "1.0"}, kUsage);
-}
-
-TEST(CommandLine, TiltIsRefusedUnderGenerate)
-{
-    ExpectFails({"/generate", "/sensors", "s.stl", "/outmodel", "o.json", "/nsensors", "8", "/srbtiltdegrees", "10"},
-                "/srbtiltdegrees is not plumbed to /generate yet\n");
-}
-
-TEST(CommandLine, ArgumentErrorEndsInTheUsageUnlessAnEarlierCheckFires)
-{
-    ExpectFails({"/model", "m.json", "/nsensors", "abc"}, kUsage);
-    ExpectFails({"/model", "m.json", "stray"}, "Unrecognized command line argument [ stray ].\n" + kUsage);
-    ExpectFails({"/model"}, "Unrecognized command line switch [ /model ].\n" + kUsage);
-    ExpectFails({"/model", "m.json", "/qualityrange", "1"},
-                "Unrecognized command line switch [ /qualityrange ].\n" + kUsage);
-    // The loop stops at the unknown switch, so the generate checks speak first.
-    ExpectFails({"/generate", "/bogus", "/sensors", "s.stl"},
-                "Unrecognized command line switch [ /bogus ].\n/generate requires /sensors <surface.stl>\n");
-    ExpectFails({"/generate", "/nsensors", "abc", "/sensors", "s.stl"}, "/generate requires /sensors <surface.stl>\n");
-}
-
-TEST(CommandLine, GenerateTakesAtMostThirtyTwoSensors)
-{
-    ExpectFails({"/generate", "/sensors", "s.stl", "/outmodel", "o.json", "/nsensors", "33"},
-                "/nsensors 33 is more than the 32 sensors kelvorig can evaluate\n");
 }
 
 TEST(CommandLine, LineThatPassesTheChecksGoesOnToLoading)
@@ -308,15 +239,6 @@ TEST(CommandLine, FormatConversionWarnsOfAnUnknownFormatAndConverts)
     EXPECT_EQ(word.status, 0);
     EXPECT_EQ(word.err, "");
     EXPECT_EQ(word.out, plain.out);
-}
-
-TEST(CommandLine, FormatConversionNeedsADeviceFile)
-{
-    ExpectFails({"/formatconvert", "1"}, "/formatconvert needs a device file after the format number\n");
-    ExpectFails({"/formatconvert", "abc"}, "/formatconvert needs a device file after the format number\n");
-    ExpectFails({"/formatconvert", "7x"}, "Unrecognized json format [ 7x ]. Allowed values {0,1}\n"
-                                          "/formatconvert needs a device file after the format number\n");
-    ExpectFails({"/formatconvert"}, "Unrecognized command line switch [ /formatconvert ].\n" + kUsage);
 }
 
 TEST(CommandLine, ImuToolTakesTheNextArgumentAsItsFile)

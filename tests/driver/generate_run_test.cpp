@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace kelvorig {
@@ -60,32 +61,6 @@ TEST(OrientationSpacing, TightensTheIncidenceLimitByRadiansTakenFromDegrees)
     EXPECT_TRUE(std::isnan(OrientationSpacing(3)));
 }
 
-TEST(GenerateRun, ImmutableCountMustStayBelowSensorCount)
-{
-    test::MeshSurface box;
-    test::TempDir dir;
-    const std::string model = dir.File("immutable.json");
-    test::WriteFile(model, kImmutableModel);
-    struct Case
-    {
-        std::string nSensors;
-        std::string message;
-    };
-    const Case cases[] = {
-        {"1", "Model of immutable sensors has more than /nsensors 1!\n\n"},
-        {"2", "Model of immutable sensors has the same count as /nsensors 2.  Nothing would change!\n"},
-    };
-    for (const Case& c : cases)
-    {
-        const test::CliResult result = test::RunKelvorig({"/generate", "/nsensors", c.nSensors, "/model", model,
-                                                          "/sensors", box.path(), "/outmodel", dir.File("out.json")});
-        EXPECT_EQ(result.status, 1) << c.nSensors;
-        EXPECT_EQ(result.err, c.message);
-        EXPECT_EQ(result.out, "");
-        EXPECT_FALSE(std::filesystem::exists(dir.File("out.json")));
-    }
-}
-
 TEST(GenerateRun, BothFilesCarryTheSameScoreAndJsonAndTheReportFollows)
 {
     test::MeshSurface box;
@@ -125,17 +100,36 @@ TEST(GenerateRun, BothFilesCarryTheSameScoreAndJsonAndTheReportFollows)
     EXPECT_EQ(score, recomputed.str());
 }
 
-TEST(GenerateRun, ImmutableSensorsOfTheModelLeadTheResultUnderNewIds)
+// The immutable sensors must be fewer than /nsensors; they lead the result under new ids.
+TEST(GenerateRun, ImmutableSensorsOfTheModel)
 {
     test::MeshSurface box;
     test::TempDir dir;
-    test::WriteFile(dir.File("immutable.json"), kImmutableModel);
-    const test::CliResult result = test::RunKelvorig(
-        QuickGenerate(box, {"/model", dir.File("immutable.json"), "/outmodel", dir.File("out.json")}));
+    const std::string immutable = dir.File("immutable.json");
+    const std::string out = dir.File("out.json");
+    test::WriteFile(immutable, kImmutableModel);
+    const struct
+    {
+        std::string nSensors;
+        std::string message;
+    } cases[] = {
+        {"1", "Model of immutable sensors has more than /nsensors 1!\n\n"},
+        {"2", "Model of immutable sensors has the same count as /nsensors 2.  Nothing would change!\n"},
+    };
+    for (const auto& c : cases)
+    {
+        const test::CliResult result = test::RunKelvorig(
+            {"/generate", "/nsensors", c.nSensors, "/model", immutable, "/sensors", box.path(), "/outmodel", out});
+        EXPECT_EQ(result.status, 1) << c.nSensors;
+        EXPECT_EQ(result.err, c.message);
+        EXPECT_EQ(result.out, "");
+        EXPECT_FALSE(std::filesystem::exists(out));
+    }
+
+    const test::CliResult result = test::RunKelvorig(QuickGenerate(box, {"/model", immutable, "/outmodel", out}));
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.err.rfind("anneal duration: ", 0), 0u) << "no warning expected: " << result.err;
-
-    const TrackedObjectModel model = ReadWrittenModel(dir.File("out.json"));
+    const TrackedObjectModel model = ReadWrittenModel(out);
     EXPECT_EQ(model.channelMap, (std::vector<int32_t>{0, 1, 2, 3, 4}));
     EXPECT_EQ(model.modelPoints[0], Eigen::Vector3f(0.0f, 0.0f, 0.05f));
     EXPECT_EQ(model.modelPoints[1], Eigen::Vector3f(0.05f, 0.01f, -0.02f));
@@ -145,20 +139,15 @@ TEST(GenerateRun, ImmutableSensorsOfTheModelLeadTheResultUnderNewIds)
 TEST(GenerateRun, OneOutputAloneWritesOnlyThatFile)
 {
     test::MeshSurface box;
+    const std::tuple<const char*, const char*, const char*> outputs[] = {
+        {"/outmodel", "only.json", "// Final Quality Score: "}, {"/outscad", "only.scad", "/* Final Quality Score: "}};
+    for (const auto& [output, name, header] : outputs)
     {
         test::TempDir dir;
-        const test::CliResult result = test::RunKelvorig(QuickGenerate(box, {"/outmodel", dir.File("only.json")}));
+        const test::CliResult result = test::RunKelvorig(QuickGenerate(box, {output, dir.File(name)}));
         ASSERT_EQ(result.status, 0) << result.err;
-        EXPECT_EQ(test::ReadFile(dir.File("only.json")).rfind("// Final Quality Score: ", 0), 0u);
-        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
-        EXPECT_FALSE(result.out.empty());
-    }
-    {
-        test::TempDir dir;
-        const test::CliResult result = test::RunKelvorig(QuickGenerate(box, {"/outscad", dir.File("only.scad")}));
-        ASSERT_EQ(result.status, 0) << result.err;
-        EXPECT_EQ(test::ReadFile(dir.File("only.scad")).rfind("/* Final Quality Score: ", 0), 0u);
-        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
+        EXPECT_EQ(test::ReadFile(dir.File(name)).rfind(header, 0), 0u) << name;
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1) << name;
         EXPECT_FALSE(result.out.empty());
     }
 }

@@ -1,4 +1,5 @@
 #include "support/cli_runner.h"
+#include "support/scad_drawing.h"
 #include "support/test_meshes.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@ using test::ReadFile;
 using test::RunKelvorig;
 using test::TempDir;
 using test::WriteFile;
+using test::kScadDisc;
 
 const char* kModel = R"({
     "channelMap": [3, -1, 5],
@@ -21,39 +23,21 @@ const char* kModel = R"({
     "modelNormals": [[0, 0, 1], [2, 0, 0], [0, 0.6, 0.8]]
 })";
 
-std::string Drawing(const std::string& modelPath, const std::string& marker)
+// The drawing's head as far as the sensor list: the mesh block holds `imports`.
+std::string Head(const std::string& modelPath, const std::string& scale, const std::string& imports)
 {
-    return "/* From " + modelPath +
-           "*/\n"
-           "\n"
-           "\n"
-           "$fn = 40;\n"
-           "\n"
-           "scale([1000, 1000, 1000]) {\n"
-           "}\n"
-           "\n"
-           "sensors = [\n"
-           "\t[ [ 3, \"lime\" ], [ 0.01, -0.02, 0.045], -0, [1, 0, 0] ],\n"
-           "\t[ [ -1, \"lime\" ], [ 0.09, 0, 0], -90, [0, -1, 0] ],\n"
-           "\t[ [ 5, \"lime\" ], [ 0, 0.055, 0.5], -36.8699, [1, 0, 0] ],\n"
-           "];\n"
-           "\n"
-           "scale([1000, 1000, 1000])\n"
-           "\tconstellation();\n"
-           "\n"
-           "module constellation() {\n"
-           "\tfor(s = sensors)\n"
-           "\t\ttranslate(s[1])\n"
-           "\t\t\trotate(s[2], s[3])\n"
-           "\t\t\t\tsensor(s[0]);\n"
-           "}\n"
-           "\n"
-           "module sensor(spec) {\n"
-           "\tcolor(spec[1])\n" +
-           marker + "}\n";
+    return "/* From " + modelPath + "*/\n\n\n$fn = 40;\n\nscale([" + scale + "]) {\n" + imports + "}\n\n";
 }
 
-const char* const kDisc = "\t\tcylinder(r = 0.0025, h = 0.001);\n";
+const std::string kRows = "sensors = [\n"
+                          "\t[ [ 3, \"lime\" ], [ 0.01, -0.02, 0.045], -0, [1, 0, 0] ],\n"
+                          "\t[ [ -1, \"lime\" ], [ 0.09, 0, 0], -90, [0, -1, 0] ],\n"
+                          "\t[ [ 5, \"lime\" ], [ 0, 0.055, 0.5], -36.8699, [1, 0, 0] ],\n";
+
+std::string Drawing(const std::string& modelPath, const std::string& marker)
+{
+    return Head(modelPath, "1000, 1000, 1000", "") + kRows + test::ScadDrawingTail(marker);
+}
 
 TEST(ModelDrawing, WritesTheWholeDrawingAndNoReport)
 {
@@ -65,13 +49,13 @@ TEST(ModelDrawing, WritesTheWholeDrawingAndNoReport)
         std::vector<std::string> arguments;
         std::string drawing;
     } cases[] = {
-        {{"/model", "m.json", "/outscad", "m.scad"}, Drawing("m.json", kDisc)},
+        {{"/model", "m.json", "/outscad", "m.scad"}, Drawing("m.json", kScadDisc)},
         {{"/Model", model, "/OUTSCAD", "m.scad", "/withscadnormals"},
          Drawing(model, "\t\tcylinder(r1 = 0.0025, r2 = 0, h = 0.005);\n")},
         // The drawing takes precedence over the analysis switches; the last /outscad counts.
         {{"/model", "m.json", "/outscad", "old.scad", "/outscad", "m.scad", "/distancebasemeters", "3",
           "/basestationsensitivity", "/coolingrate", "1.0", "/qualityrange", "5", "2", "/obstacles", "ignored.stl"},
-         Drawing("m.json", kDisc)},
+         Drawing("m.json", kScadDisc)},
     };
     for (const auto& c : cases)
     {
@@ -89,17 +73,6 @@ TEST(ModelDrawing, WritesTheWholeDrawingAndNoReport)
     EXPECT_EQ(unwritable.err, "");
 }
 
-// The drawing from its first line up to the sensor list, and from there to its end.
-std::string Head(const std::string& drawing)
-{
-    return drawing.substr(0, drawing.find("sensors = ["));
-}
-
-std::string Rest(const std::string& drawing)
-{
-    return drawing.substr(drawing.find("sensors = ["));
-}
-
 TEST(ModelDrawing, ImportsTheSurfaceMeshesScaledToMillimetres)
 {
     const TempDir dir;
@@ -112,30 +85,18 @@ TEST(ModelDrawing, ImportsTheSurfaceMeshesScaledToMillimetres)
         {"/model", "m.json", "/sensors", "shell_m.stl", "/outscad", "m.scad", "/verifycoverage", "50"}, dir.path());
     EXPECT_EQ(metres.status, 0) << metres.err;
     // /verifycoverage draws no seats here: the model drawing comes first.
-    EXPECT_EQ(Rest(ReadFile(dir.File("m.scad"))), Rest(Drawing("m.json", kDisc)));
-    EXPECT_EQ(Head(ReadFile(dir.File("m.scad"))), "/* From m.json*/\n"
-                                                   "\n"
-                                                   "\n"
-                                                   "$fn = 40;\n"
-                                                   "\n"
-                                                   "scale([1000, 1000, 1000]) {\n"
-                                                   "\tcolor(\"orange\") import(\"shell_m.stl\", convexity = 4);\n"
-                                                   "}\n"
-                                                   "\n");
+    EXPECT_EQ(ReadFile(dir.File("m.scad")),
+              Head("m.json", "1000, 1000, 1000", "\tcolor(\"orange\") import(\"shell_m.stl\", convexity = 4);\n") +
+                  kRows + test::ScadDrawingTail(kScadDisc));
 
     const CliResult millimetres = RunKelvorig(
         {"/model", "m.json", "/sensors", "shell_mm.stl", "/obstacles", "strap.stl", "/outscad", "mm.scad"}, dir.path());
     EXPECT_EQ(millimetres.status, 0) << millimetres.err;
-    EXPECT_EQ(Head(ReadFile(dir.File("mm.scad"))), "/* From m.json*/\n"
-                                                    "\n"
-                                                    "\n"
-                                                    "$fn = 40;\n"
-                                                    "\n"
-                                                    "scale([1, 1, 1]) {\n"
-                                                    "\tcolor(\"orange\") import(\"shell_mm.stl\", convexity = 4);\n"
-                                                    "\tcolor(\"white\") import(\"strap.stl\", convexity = 4);\n"
-                                                    "}\n"
-                                                    "\n");
+    const std::string mm = ReadFile(dir.File("mm.scad"));
+    EXPECT_EQ(mm.substr(0, mm.find("sensors = [")),
+              Head("m.json", "1, 1, 1",
+                   "\tcolor(\"orange\") import(\"shell_mm.stl\", convexity = 4);\n"
+                   "\tcolor(\"white\") import(\"strap.stl\", convexity = 4);\n"));
 }
 
 TEST(ModelDrawing, BundledExampleSitsOnTheBundledShell)

@@ -16,14 +16,6 @@ using test::RunKelvorig;
 using test::TempDir;
 using test::WriteFile;
 
-bool ParseQuietly(const std::vector<std::string>& arguments, CommandOptions& options)
-{
-    testing::internal::CaptureStderr();
-    const bool ok = ReadCommandLine(arguments, options);
-    testing::internal::GetCapturedStderr();
-    return ok;
-}
-
 TEST(ThreadsSwitch, ReadsLikeTheOtherCountSwitches)
 {
     EXPECT_EQ(CommandOptions().threads, 0);
@@ -44,7 +36,9 @@ TEST(ThreadsSwitch, ReadsLikeTheOtherCountSwitches)
     for (const Case& c : cases)
     {
         CommandOptions options;
-        EXPECT_EQ(ParseQuietly(c.arguments, options), c.ok) << c.arguments[0];
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(ReadCommandLine(c.arguments, options), c.ok) << c.arguments[0];
+        testing::internal::GetCapturedStderr();
         EXPECT_EQ(options.threads, c.threads) << c.arguments.back();
     }
 }
@@ -121,39 +115,27 @@ TEST(ThreadsSwitch, AcceptedByEveryMode)
     EXPECT_EQ(conversion.out, RunKelvorig({"/formatconvert", "0", device}).out);
 }
 
-// A value that doesn't scan, or a missing one, ends as for any "%d" switch.
-TEST(ThreadsSwitch, BadValueEndsLikeAnyCountSwitch)
+// A negative count is refused; a value that doesn't scan, or a missing one, ends as for any
+// "%d" switch; and the usage text doesn't name the switch.
+TEST(ThreadsSwitch, RefusalsAndUsage)
 {
     const BoxFiles files;
-    for (const std::vector<std::string>& tail : {std::vector<std::string>{"abc"}, std::vector<std::string>{}})
-    {
-        std::vector<std::string> threads = {"/model", files.model, "/threads"};
-        std::vector<std::string> iterations = {"/model", files.model, "/niterations"};
-        threads.insert(threads.end(), tail.begin(), tail.end());
-        iterations.insert(iterations.end(), tail.begin(), tail.end());
+    const CliResult negative = RunKelvorig({"/model", files.model, "/threads", "-2"});
+    EXPECT_EQ(negative.status, 1);
+    EXPECT_EQ(negative.out, "");
+    EXPECT_EQ(negative.err, "/threads -2: the count must be 0 (one per logical processor) or more\n");
 
-        const CliResult expected = RunKelvorig(iterations);
-        const CliResult result = RunKelvorig(threads);
-        EXPECT_EQ(result.status, 1);
-        EXPECT_EQ(result.out, "");
-        std::string err = expected.err;
-        if (tail.empty())
-            err.replace(err.find("/niterations"), std::string("/niterations").size(), "/threads");
-        EXPECT_EQ(result.err, err);
-    }
-}
+    const CliResult unscanned = RunKelvorig({"/model", files.model, "/threads", "abc"});
+    EXPECT_EQ(unscanned.status, 1);
+    EXPECT_EQ(unscanned.out, "");
+    EXPECT_EQ(unscanned.err, RunKelvorig({"/model", files.model, "/niterations", "abc"}).err);
+    const CliResult missing = RunKelvorig({"/model", files.model, "/threads"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.out, "");
+    std::string err = RunKelvorig({"/model", files.model, "/niterations"}).err;
+    err.replace(err.find("/niterations"), std::string("/niterations").size(), "/threads");
+    EXPECT_EQ(missing.err, err);
 
-TEST(ThreadsSwitch, NegativeCountIsRefused)
-{
-    const BoxFiles files;
-    const CliResult result = RunKelvorig({"/model", files.model, "/threads", "-2"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "/threads -2: the count must be 0 (one per logical processor) or more\n");
-}
-
-TEST(ThreadsSwitch, UsageTextDoesNotNameIt)
-{
     const CliResult usage = RunKelvorig({});
     EXPECT_EQ(usage.status, 1);
     EXPECT_NE(usage.err.find("usage: kelvorig /generate"), std::string::npos);

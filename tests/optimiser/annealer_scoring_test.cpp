@@ -69,14 +69,10 @@ TEST(AnnealerScoring, IncrementalScoresEveryMoveAsTheReferenceBitForBit)
         EXPECT_EQ(fast.best.modelNormals, reference.best.modelNormals);
         EXPECT_EQ(std::bit_cast<uint64_t>(fast.bestScore), std::bit_cast<uint64_t>(reference.bestScore));
     }
-}
 
-// The run above would prove little without both outcomes of a worsening move: replaying the
-// acceptance draws over its scores finds moves that were undone and worsening moves that
-// stood.
-TEST(AnnealerScoring, TheTestRunUndoesSomeMovesAndKeepsSomeWorseOnes)
-{
-    const AnnealRecord reference = Anneal(SensorPlacementAnnealer::Scoring::Reference, 1);
+    // The run would prove little without both outcomes of a worsening move: replaying the
+    // acceptance draws over its scores finds moves that were undone and worsening moves
+    // that stood.
     RandomEngine acceptance(kFixedSeed);
     double temperature = kStartTemperature;
     double previous = std::bit_cast<double>(reference.scoreBits[0]);

@@ -64,31 +64,57 @@ struct Fixture
     }
 };
 
+// Full evaluations with and without occlusion, on 1 to 3 threads, at another translation,
+// and at the edges of the sensor and pose counts; where there are sensors, one move too.
 TEST(IncrementalEvaluator, FullEvaluationMatchesTheReferenceBitForBit)
 {
-    for (const bool occlusion : {true, false})
+    struct Case
     {
-        for (const int32_t threads : {1, 2, 3})
+        const char* name;
+        int sensors;
+        bool occlusion;
+        int32_t orientations;
+        int32_t threads;
+        bool moved;  // translation moved off the default
+    } cases[] = {
+        {"occluded", 9, true, kOrientations, 1, false},
+        {"occluded, 2 threads", 9, true, kOrientations, 2, false},
+        {"occluded, 3 threads", 9, true, kOrientations, 3, false},
+        {"open", 9, false, kOrientations, 1, false},
+        {"open, 3 threads", 9, false, kOrientations, 3, false},
+        {"translation moved", 6, true, kOrientations, 1, true},
+        {"no sensors", 0, true, 30, 2, false},
+        {"one sensor", 1, true, 30, 2, false},
+        {"two sensors", 2, true, 30, 2, false},
+        {"one pose, not a number", 4, true, 1, 2, false},
+        {"no poses: scale infinite", 4, true, 0, 2, false},
+    };
+    for (const Case& c : cases)
+    {
+        Fixture fixture(c.sensors, c.occlusion, c.orientations);
+        if (c.moved)
         {
-            Fixture fixture(9, occlusion);
-            WorkerPool workers(threads);
-            IncrementalEvaluator fast(fixture.reference, workers);
-            EXPECT_EQ(Bits(fast.EvaluateAll()), Bits(fixture.reference.EvaluateQuality()))
-                << "occlusion " << occlusion << ", threads " << threads;
+            fixture.reference.poseVector()[0] = 0.3;
+            fixture.reference.poseVector()[2] = -1.5;
+        }
+        WorkerPool workers(c.threads);
+        IncrementalEvaluator fast(fixture.reference, workers);
+        EXPECT_EQ(Bits(fast.EvaluateAll()), Bits(fixture.reference.EvaluateQuality())) << c.name;
+        if (c.sensors > 0)
+        {
+            fixture.Move(0);
+            EXPECT_EQ(Bits(fast.EvaluateMove(0)), Bits(fixture.reference.EvaluateQuality())) << c.name;
         }
     }
-}
 
-TEST(IncrementalEvaluator, OcclusionDecidesPartOfTheScore)
-{
+    // The premise: occlusion decides part of the score.
     Fixture hidden(9, true);
     Fixture open(9, false);
-    WorkerPool workers(1);
-    EXPECT_NE(IncrementalEvaluator(hidden.reference, workers).EvaluateAll(),
-              IncrementalEvaluator(open.reference, workers).EvaluateAll());
+    EXPECT_NE(hidden.reference.EvaluateQuality(), open.reference.EvaluateQuality());
 }
 
-// Moves of every sensor, some kept and some undone, each scored both ways.
+// Moves of every sensor, some kept and some undone (a few twice), each scored both ways:
+// after an undo the next move starts from the kept state.
 TEST(IncrementalEvaluator, MovesAndUndosMatchTheReferenceBitForBit)
 {
     for (const int32_t threads : {1, 2})
@@ -111,33 +137,13 @@ TEST(IncrementalEvaluator, MovesAndUndosMatchTheReferenceBitForBit)
                 fixture.layout.positions[index] = oldPosition;
                 fixture.layout.normals[index] = oldNormal;
                 fast.UndoMove();
+                if (move % 6 == 1)
+                    fast.UndoMove();  // a second undo has nothing left to undo
             }
         }
         // A fresh full evaluation agrees with the state the moves built up.
         EXPECT_EQ(Bits(fast.EvaluateAll()), Bits(fixture.reference.EvaluateQuality()));
     }
-}
-
-// The score after an undo is that of the layout before the move, so a move of another
-// sensor next starts from the right state.
-TEST(IncrementalEvaluator, UndoThenAnotherMoveStartsFromTheKeptState)
-{
-    Fixture fixture(5, true);
-    WorkerPool workers(2);
-    IncrementalEvaluator fast(fixture.reference, workers);
-    fast.EvaluateAll();
-
-    const Eigen::Vector3d oldPosition = fixture.layout.positions[2];
-    const Eigen::Vector3d oldNormal = fixture.layout.normals[2];
-    fixture.Move(2);
-    fast.EvaluateMove(2);
-    fixture.layout.positions[2] = oldPosition;
-    fixture.layout.normals[2] = oldNormal;
-    fast.UndoMove();
-    fast.UndoMove();  // a second undo has nothing left to undo
-
-    fixture.Move(4);
-    EXPECT_EQ(Bits(fast.EvaluateMove(4)), Bits(fixture.reference.EvaluateQuality()));
 }
 
 // A tilted sweep can't reach some sensors; such a pose has no Jacobian in the reference,
@@ -169,45 +175,6 @@ TEST(IncrementalEvaluator, TiltedSweepsThatFailMatchTheReference)
         fixture.Move(index);
         ASSERT_EQ(Bits(fast.EvaluateMove(index)), Bits(fixture.reference.EvaluateQuality())) << index;
     }
-}
-
-TEST(IncrementalEvaluator, EdgeCasesScoreAsTheReference)
-{
-    struct Case
-    {
-        const char* name;
-        int sensors;
-        int32_t orientations;
-    } cases[] = {
-        {"no sensors", 0, 30},
-        {"one sensor", 1, 30},
-        {"two sensors", 2, 30},
-        {"one pose, not a number", 4, 1},
-        {"no poses: scale infinite", 4, 0},
-    };
-    for (const Case& c : cases)
-    {
-        Fixture fixture(c.sensors, true, c.orientations);
-        WorkerPool workers(2);
-        IncrementalEvaluator fast(fixture.reference, workers);
-        EXPECT_EQ(Bits(fast.EvaluateAll()), Bits(fixture.reference.EvaluateQuality())) << c.name;
-        if (c.sensors > 0)
-        {
-            fixture.Move(0);
-            EXPECT_EQ(Bits(fast.EvaluateMove(0)), Bits(fixture.reference.EvaluateQuality())) << c.name;
-        }
-    }
-}
-
-// The translation is the reference's, whatever it was set to.
-TEST(IncrementalEvaluator, UsesTheReferencesTranslation)
-{
-    Fixture fixture(6, true);
-    fixture.reference.poseVector()[0] = 0.3;
-    fixture.reference.poseVector()[2] = -1.5;
-    WorkerPool workers(1);
-    IncrementalEvaluator fast(fixture.reference, workers);
-    EXPECT_EQ(Bits(fast.EvaluateAll()), Bits(fixture.reference.EvaluateQuality()));
 }
 
 } // namespace

@@ -4,30 +4,17 @@
 #include "geometry/tracked_surface.h"
 #include "optimiser/mesh_surface.h"
 #include "quality/worker_pool.h"
+#include "support/captured_files.h"
 #include "support/occluded_cube.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <functional>
 #include <string>
 
 namespace kelvorig {
 namespace {
 
 constexpr double kFullTurn = 6.283185307179586;
-
-std::string ReadBack(FILE* file)
-{
-    std::rewind(file);
-    std::string text;
-    char buffer[4096];
-    size_t count;
-    while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0)
-        text.append(buffer, count);
-    std::fclose(file);
-    return text;
-}
 
 struct Report
 {
@@ -47,8 +34,8 @@ struct ReportSetup
 };
 
 // Nine sensors seated on the occluded cube plus one that the slab always hides, analysed
-// 2.5 m away; `write` runs one report on the prepared evaluator.
-Report RunReport(const ReportSetup& setup, const std::function<void(QualityEvaluator&, FILE*, FILE*)>& write)
+// 2.5 m away; the report is written on `workers` when given.
+Report RunReport(const ReportSetup& setup, WorkerPool* workers)
 {
     test::MeshSurface mesh(test::MakeOccludedCube(), 7);
     TrackedObjectModel model;
@@ -74,61 +61,59 @@ Report RunReport(const ReportSetup& setup, const std::function<void(QualityEvalu
     evaluator.SampleAnalysisPoses(kFullTurn, DegreesToRadians(setup.stepDegrees));
     evaluator.poseVector()[2] = -2.5;
 
-    FILE* out = std::tmpfile();
-    FILE* err = std::tmpfile();
-    write(evaluator, out, err);
-    Report report{ReadBack(out), ReadBack(err), evaluator.poseVector(), evaluator.visibility()->visible,
-                  evaluator.visibility()->everSeen};
-    return report;
+    const test::CapturedFiles text = test::CaptureFiles(
+        [&](FILE* out, FILE* err)
+        {
+            if (setup.sensitivity && workers)
+                evaluator.WriteSensitivityReport(*workers, out, err);
+            else if (setup.sensitivity)
+                evaluator.WriteSensitivityReport(out, err);
+            else if (workers)
+                evaluator.WriteCoverageReport(*workers, out, err);
+            else
+                evaluator.WriteCoverageReport(out, err);
+        });
+    return {text.out, text.err, evaluator.poseVector(), evaluator.visibility()->visible,
+            evaluator.visibility()->everSeen};
 }
 
-void ExpectSameReport(const ReportSetup& setup, const char* name)
+// Every report, serial and on 1 to 3 threads, byte for byte; a 3 degree grid holds more
+// rows than are computed between two writes.
+TEST(ParallelAnalysisReport, TextIsTheOneThreadTextByteForByte)
 {
-    const Report reference = RunReport(setup,
-                                       [&](QualityEvaluator& evaluator, FILE* out, FILE* err)
-                                       {
-                                           if (setup.sensitivity)
-                                               evaluator.WriteSensitivityReport(out, err);
-                                           else
-                                               evaluator.WriteCoverageReport(out, err);
-                                       });
-    ASSERT_FALSE(reference.out.empty()) << name;
-    for (const int32_t threads : {1, 2, 3})
+    const struct
     {
-        WorkerPool workers(threads);
-        const Report parallel = RunReport(setup,
-                                          [&](QualityEvaluator& evaluator, FILE* out, FILE* err)
-                                          {
-                                              if (setup.sensitivity)
-                                                  evaluator.WriteSensitivityReport(workers, out, err);
-                                              else
-                                                  evaluator.WriteCoverageReport(workers, out, err);
-                                          });
-        EXPECT_TRUE(parallel.out == reference.out) << name << ", " << threads << " threads";
-        EXPECT_EQ(parallel.err, reference.err) << name << ", " << threads << " threads";
-        EXPECT_EQ(parallel.poseVector, reference.poseVector) << name << ", " << threads << " threads";
-        EXPECT_EQ(parallel.visible, reference.visible) << name << ", " << threads << " threads";
-        EXPECT_EQ(parallel.everSeen, reference.everSeen) << name << ", " << threads << " threads";
+        const char* name;
+        ReportSetup setup;
+    } cases[] = {
+        {"coverage", {}},
+        {"coverage without occlusion", {.occlusion = false}},
+        {"coverage, tilted sweep", {.tilt = 0.4}},
+        {"fine coverage", {.stepDegrees = 3.0}},
+        {"sensitivity", {.sensitivity = true}},
+        {"sensitivity, tilted sweep", {.sensitivity = true, .tilt = 0.4}},
+    };
+    for (const auto& c : cases)
+    {
+        const Report reference = RunReport(c.setup, nullptr);
+        ASSERT_FALSE(reference.out.empty()) << c.name;
+        for (const int32_t threads : {1, 2, 3})
+        {
+            WorkerPool workers(threads);
+            const Report parallel = RunReport(c.setup, &workers);
+            EXPECT_TRUE(parallel.out == reference.out) << c.name << ", " << threads << " threads";
+            EXPECT_EQ(parallel.err, reference.err) << c.name << ", " << threads << " threads";
+            EXPECT_EQ(parallel.poseVector, reference.poseVector) << c.name << ", " << threads << " threads";
+            EXPECT_EQ(parallel.visible, reference.visible) << c.name << ", " << threads << " threads";
+            EXPECT_EQ(parallel.everSeen, reference.everSeen) << c.name << ", " << threads << " threads";
+        }
     }
-}
 
-TEST(ParallelAnalysisReport, CoverageTextIsTheOneThreadTextByteForByte)
-{
-    ExpectSameReport(ReportSetup{}, "coverage");
-    ExpectSameReport(ReportSetup{.occlusion = false}, "coverage without occlusion");
-    ExpectSameReport(ReportSetup{.tilt = 0.4}, "coverage, tilted sweep");
-}
-
-// A 3 degree grid holds more rows than are computed between two writes.
-TEST(ParallelAnalysisReport, RowsStayInOrderAcrossBatches)
-{
-    ExpectSameReport(ReportSetup{.stepDegrees = 3.0}, "fine coverage");
-}
-
-TEST(ParallelAnalysisReport, SensitivityTextIsTheOneThreadTextByteForByte)
-{
-    ExpectSameReport(ReportSetup{.sensitivity = true}, "sensitivity");
-    ExpectSameReport(ReportSetup{.sensitivity = true, .tilt = 0.4}, "sensitivity, tilted sweep");
+    // The premise: the hidden sensor is named at the end, and rows differ in what they see.
+    const Report coverage = RunReport(ReportSetup{}, nullptr);
+    EXPECT_EQ(coverage.err, "did not see sensor id 17\n");
+    EXPECT_NE(coverage.out.find(" 100 0 "), std::string::npos);
+    EXPECT_NE(coverage.out.find(" 0 100 "), std::string::npos);
 }
 
 // Without a model every row sees nothing, on any number of threads.
@@ -138,30 +123,15 @@ TEST(ParallelAnalysisReport, EvaluatorWithoutAModelWritesTheSameEmptyRows)
     {
         QualityEvaluator evaluator;
         evaluator.SampleAnalysisPoses(kFullTurn, DegreesToRadians(30.0));
-        FILE* out = std::tmpfile();
-        FILE* err = std::tmpfile();
-        if (workers)
-            evaluator.WriteCoverageReport(*workers, out, err);
-        else
-            evaluator.WriteCoverageReport(out, err);
-        return ReadBack(out) + ReadBack(err);
+        const test::CapturedFiles text = test::CaptureFiles(
+            [&](FILE* out, FILE* err)
+            { workers ? evaluator.WriteCoverageReport(*workers, out, err) : evaluator.WriteCoverageReport(out, err); });
+        return text.out + text.err;
     };
     const std::string reference = write(nullptr);
     ASSERT_NE(reference.find(" 0 0 0 0 0 100 1.000000 1.000000\n"), std::string::npos) << reference;
     WorkerPool workers(2);
     EXPECT_EQ(write(&workers), reference);
-}
-
-// The premise of the tests above: the hidden sensor is named at the end, and rows differ
-// in what they see.
-TEST(ParallelAnalysisReport, TheTestLayoutHasAHiddenSensor)
-{
-    WorkerPool workers(2);
-    const Report report = RunReport(ReportSetup{}, [&](QualityEvaluator& evaluator, FILE* out, FILE* err)
-                                    { evaluator.WriteCoverageReport(workers, out, err); });
-    EXPECT_EQ(report.err, "did not see sensor id 17\n");
-    EXPECT_NE(report.out.find(" 100 0 "), std::string::npos);
-    EXPECT_NE(report.out.find(" 0 100 "), std::string::npos);
 }
 
 } // namespace

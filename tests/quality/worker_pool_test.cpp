@@ -70,35 +70,33 @@ TEST(WorkerPool, EveryItemOnceInRangesOfAtMostTheGrain)
     }
 }
 
-TEST(WorkerPool, PoolOfOneRunsOnTheCallingThreadInOrder)
+// A pool of one runs every range on the calling thread in order; in a larger pool the
+// other threads take ranges while the caller waits in its own (items that wait rather than
+// compute), so the work is really shared out.
+TEST(WorkerPool, WhoRunsTheRanges)
 {
-    WorkerPool workers(1);
+    WorkerPool one(1);
     std::vector<size_t> begins;
     bool onCaller = true;
     const std::thread::id caller = std::this_thread::get_id();
-    auto body = [&](int32_t id, size_t begin, size_t)
+    auto record = [&](int32_t id, size_t begin, size_t)
     {
         onCaller = onCaller && id == 0 && std::this_thread::get_id() == caller;
         begins.push_back(begin);
     };
-    workers.ForEachRange(10, 3, body);
+    one.ForEachRange(10, 3, record);
     EXPECT_TRUE(onCaller);
     EXPECT_EQ(begins, (std::vector<size_t>{0, 3, 6, 9}));
-}
 
-// Items that wait rather than compute: the other threads take ranges while the caller waits
-// in its own, so the work is really shared out.
-TEST(WorkerPool, OtherThreadsTakePartWhileTheCallerIsBusy)
-{
-    WorkerPool workers(3);
+    WorkerPool three(3);
     std::vector<int32_t> worker(12, -1);
-    auto body = [&](int32_t id, size_t begin, size_t end)
+    auto wait = [&](int32_t id, size_t begin, size_t end)
     {
         for (size_t i = begin; i < end; ++i)
             worker[i] = id;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     };
-    workers.ForEachRange(worker.size(), 1, body);
+    three.ForEachRange(worker.size(), 1, wait);
     EXPECT_GT(std::count_if(worker.begin(), worker.end(), [](int32_t id) { return id != 0; }), 0);
 }
 
