@@ -152,5 +152,17 @@ TEST(GenerateRun, OneOutputAloneWritesOnlyThatFile)
     }
 }
 
+TEST(GenerateRun, RefusesAStepTheClosingReportCouldNotEndBeforeAnnealing)
+{
+    test::MeshSurface box;
+    test::TempDir dir;
+    std::vector<std::string> arguments = QuickGenerate(box, {"/outmodel", dir.File("out.json")});
+    arguments.insert(arguments.end(), {"/angleresolutiondegrees", "0"});
+    const test::CliResult result = test::RunKelvorig(arguments);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "/angleresolutiondegrees must be greater than 0, not 0\n");
+    EXPECT_FALSE(std::filesystem::exists(dir.File("out.json")));
+}
+
 } // namespace
 } // namespace kelvorig
