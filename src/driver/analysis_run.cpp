@@ -53,6 +53,15 @@ bool CheckAnalysisStep(const CommandOptions& options)
                      options.angleResolutionDegrees);
         return false;
     }
+    // The grid's angles advance by repeated addition from -pi/2 and -pi: a step too small to
+    // change them would never end either.
+    const double step = DegreesToRadians(options.angleResolutionDegrees);
+    if (-0.5 * kPi + step == -0.5 * kPi || -kPi + step == -kPi)
+    {
+        std::fprintf(stderr, "/angleresolutiondegrees %g is too small to step through the grid\n",
+                     options.angleResolutionDegrees);
+        return false;
+    }
     return true;
 }
 

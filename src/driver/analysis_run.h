@@ -9,8 +9,8 @@ namespace kelvorig {
 
 class WorkerPool;
 
-// False, with the message printed, when /angleresolutiondegrees is 0 or below: the report's
-// grid would never end.
+// False, with the message printed, when /angleresolutiondegrees is 0 or below, or too small
+// to advance the grid's angles: the report would never end.
 bool CheckAnalysisStep(const CommandOptions& options);
 
 // Prints the coverage (or, with /basestationsensitivity, the sensitivity) report of a

@@ -216,6 +216,8 @@ TEST_F(AnalysisRunCommandLine, RefusesWhatItCannotAnalyse)
     const Case cases[] = {
         {"zero step", BoxSensors(), "0", "/angleresolutiondegrees must be greater than 0, not 0\n"},
         {"negative step", BoxSensors(), "-2", "/angleresolutiondegrees must be greater than 0, not -2\n"},
+        {"vanishing step", BoxSensors(), "1e-300",
+         "/angleresolutiondegrees 1e-300 is too small to step through the grid\n"},
         {"33 sensors", many, "10", "cannot analyse 33 sensors: at most 32 are supported\n"},
         {"id 40", highId, "10", "cannot analyse sensor id 40: ids must be 0 to 31\n"},
         // Sensor 10's lookup gives its index in the file, past the ten kept entries.
