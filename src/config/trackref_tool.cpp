@@ -1,5 +1,6 @@
 #include "config/trackref_tool.h"
 
+#include "config/calibration_values.h"
 #include "config/pose_axes.h"
 
 #include <json/reader.h>
@@ -27,14 +28,6 @@ constexpr const char* kResultKey = "trackref_from_imu";
 constexpr double kPerpendicularLimit = 0.001;
 // Below this dot product a computed axis misses the requested one.
 constexpr double kMatchLimit = 0.999;
-
-// A missing key or element reads as 0.
-Eigen::Vector3d ReadVector(const Json::Value& root, const char* key)
-{
-    const Json::Value& triple = root[key];
-    return Eigen::Vector3d(triple.get(0u, 0.0).asDouble(), triple.get(1u, 0.0).asDouble(),
-                           triple.get(2u, 0.0).asDouble());
-}
 
 bool IsZero(const Eigen::Vector3d& v)
 {
@@ -67,9 +60,9 @@ void PrintPoseFromFile(const std::string& path)
     if (!reader.parse(text, root, true))
         Fail("couldn't parse %s: %s\n", path, reader.getFormattedErrorMessages());
 
-    const Eigen::Vector3d position = ReadVector(root, kPositionKey);
-    Eigen::Vector3d plusZ = ReadVector(root, kPlusZKey);
-    Eigen::Vector3d plusX = ReadVector(root, kPlusXKey);
+    const Eigen::Vector3d position = ReadTripleDouble(root[kPositionKey]);
+    Eigen::Vector3d plusZ = ReadTripleDouble(root[kPlusZKey]);
+    Eigen::Vector3d plusX = ReadTripleDouble(root[kPlusXKey]);
     NormalizeVector(plusZ);
     NormalizeVector(plusX);
 

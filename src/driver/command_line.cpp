@@ -4,6 +4,7 @@
 #include "config/trackref_tool.h"
 #include "driver/usage.h"
 #include "geometry/angles.h"
+#include "quality/quality_evaluator.h"
 
 #include <cctype>
 #include <climits>
@@ -15,7 +16,7 @@ namespace kelvorig {
 namespace {
 
 // Most sensors one pose can see in the quality score, and so the most a layout may have.
-constexpr int32_t kMaxEvaluatedSensors = 32;
+constexpr int32_t kMaxEvaluatedSensors = static_cast<int32_t>(QualityEvaluator::kMaxSensors);
 
 bool EqualsIgnoringCase(const std::string& text, const char* name)
 {

@@ -7,7 +7,7 @@
 namespace kelvorig {
 
 // Everything the command line sets. These defaults are the real ones; the usage text
-// names others for /maxincidenceangle and /coolingrate, and that stays.
+// names others for /maxincidenceangle and /coolingrate.
 struct CommandOptions
 {
     std::string modelPath;

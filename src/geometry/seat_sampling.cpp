@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace kelvorig {
 namespace {
@@ -39,6 +40,14 @@ Eigen::Vector3f ReferenceAxis(const Eigen::Vector3f& n)
     if (std::abs(static_cast<double>(n.y())) > kAxisLimit || std::abs(static_cast<double>(n.z())) > kAxisLimit)
         return Eigen::Vector3f::UnitX();
     return Eigen::Vector3f::UnitY();
+}
+
+// Two directions across the surface at normal n: u = normalize(a x n), v = normalize(u x n),
+// with a the reference axis.
+std::pair<Eigen::Vector3f, Eigen::Vector3f> TangentBasis(const Eigen::Vector3f& n)
+{
+    const Eigen::Vector3f u = ReferenceAxis(n).cross(n).normalized();
+    return {u, u.cross(n).normalized()};
 }
 
 } // namespace
@@ -81,8 +90,7 @@ Eigen::Vector3f TrackedSurface::SampleNormal(int32_t triangle)
     const Eigen::Vector3f n = faceNormals_.row(triangle).transpose();
     if (cosMaxSurfaceAngle_ >= 1.0f)
         return n;
-    const Eigen::Vector3f e1 = ReferenceAxis(n).cross(n).normalized();
-    const Eigen::Vector3f e2 = e1.cross(n).normalized();
+    const auto [e1, e2] = TangentBasis(n);
     const float r1 = unitPick_.Draw(rng_);
     const float r2 = unitPick_.Draw(rng_);
     const float phi = static_cast<float>(static_cast<double>(r2) * kFullTurn);
@@ -95,8 +103,7 @@ Eigen::Vector3f TrackedSurface::SampleNormal(int32_t triangle)
 bool TrackedSurface::CanSeatSensor(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const
 {
     const Eigen::Vector3f centre = position - kChordDepth * normal;
-    const Eigen::Vector3f u = ReferenceAxis(normal).cross(normal).normalized();
-    const Eigen::Vector3f v = u.cross(normal).normalized();
+    const auto [u, v] = TangentBasis(normal);
     const Eigen::Vector3f w1 = (u + v).normalized();
     const Eigen::Vector3f w2 = (u - v).normalized();
     RayHit hit;

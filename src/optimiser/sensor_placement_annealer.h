@@ -17,9 +17,6 @@ namespace kelvorig {
 class TrackedSurface;
 class WorkerPool;
 
-// Top of the quality score: every orientation failed.
-constexpr double kQualityScale = 1000.0;
-
 // The anneal's temperatures follow from the score's scale, never from a switch.
 constexpr double kStartTemperature = kQualityScale * 0.1;              // 100
 constexpr double kStopTemperature = (kQualityScale * 0.0035) * 0.01;  // 0.035

@@ -52,7 +52,7 @@ void QualityEvaluator::RebuildVisibility()
 void QualityEvaluator::SampleOrientations(int32_t count)
 {
     SampleBestCandidatePoses(count, poses_);
-    scoreScale_ = (1000.0 / static_cast<double>(poses_.size())) * 0.5;
+    scoreScale_ = (kQualityScale / static_cast<double>(poses_.size())) * 0.5;
 }
 
 void QualityEvaluator::SampleAnalysisPoses(double fullTurn, double step)

@@ -18,6 +18,9 @@
 namespace kelvorig {
 
 class TrackedSurface;
+
+// The score runs from 0 to this, where this means that no orientation could be solved.
+constexpr double kQualityScale = 1000.0;
 class WorkerPool;
 struct SweepHit;
 
