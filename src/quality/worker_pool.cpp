@@ -17,9 +17,9 @@ cpu_set_t ProcessorsOfThisThread()
     return processors;
 }
 
-// The processors the process may run on, taken before main. note: Embree pins the thread
-// that starts it to one processor, and a new thread inherits its creator's pinning, so
-// helpers started after the surface is built would otherwise all share that processor.
+// The processors the process may run on, taken before main. note: a new thread inherits its
+// creator's pinning; a pool started from a thread that something pinned to one processor
+// (Embree does this to the threads of its builds) would otherwise crowd onto it.
 const cpu_set_t kStartupProcessors = ProcessorsOfThisThread();
 
 // How long a thread keeps checking before it sleeps on a value it waits for. Loops follow
