@@ -52,9 +52,9 @@ bool SensorRayTest::IsSensorVisible(const PoseVector& pose) const
                                                 std::numeric_limits<float>::infinity());
 }
 
-SensorVisibility::SensorVisibility(const SensorLayout& model, const TrackedSurface* surface,
+SensorVisibility::SensorVisibility(const SensorLayout& model, const TrackedSurface* occluders,
                                    const BaseStationModel& baseStation)
-    : surface(surface)
+    : surface(occluders)
 {
     const int32_t sweepModel = SweepModelForKind(baseStation.kind);
     for (const int32_t id : model.sensorIds)

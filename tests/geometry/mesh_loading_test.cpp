@@ -29,7 +29,7 @@ TEST(ReadMeshListTest, StacksFilesInOrderWithShiftedIndices)
     ASSERT_EQ(V.rows(), 12 + 36 + 12);
     ASSERT_EQ(F.rows(), 4 + 12 + 4);
     ASSERT_EQ(N.rows(), 4 + 12 + 4);
-    for (Eigen::Index t = 0; t < F.rows(); ++t)
+    for (int t = 0; t < static_cast<int>(F.rows()); ++t)
         EXPECT_EQ(F.row(t), Eigen::RowVector3i(3 * t, 3 * t + 1, 3 * t + 2));
     EXPECT_EQ(V.row(12), box.vertices[box.triangles[0][0]].transpose());
     EXPECT_EQ(N.row(4), box.FacetNormal(0).transpose());
