@@ -6,30 +6,30 @@
 #include <json/writer.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <iostream>
+#include <ostream>
 
 namespace kelvorig {
 
-void ConvertModelFormat(const std::string& path, int format)
+bool ConvertModelFormat(const std::string& path, int format, std::ostream& out)
 {
     const std::string text = ReadTextFile(path);
     if (text.empty())
     {
-        // note: returns, so the run still ends with status 0, unlike a parse failure.
+        // note: counts as success, so the run still ends with status 0, unlike a parse failure.
         std::fprintf(stderr, "couldn't read %s: file is empty or does not exist\n", path.c_str());
-        return;
+        return true;
     }
     DeviceConfig config;
     std::string error;
     if (!config.Parse(error, text))
     {
         std::fprintf(stderr, "couldn't read %s: %s\n", path.c_str(), error.c_str());
-        std::exit(1);
+        return false;
     }
     config.format = format;
-    std::cout << Json::StyledWriter().write(config.ToJson()) << "\n";
-    std::cout.flush();
+    out << Json::StyledWriter().write(config.ToJson()) << "\n";
+    out.flush();
+    return true;
 }
 
 } // namespace kelvorig

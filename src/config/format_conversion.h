@@ -1,11 +1,12 @@
 #pragma once
 
+#include <ostream>
 #include <string>
 
 namespace kelvorig {
 
-// /formatconvert: reprints a whole device file in JSON format 0 or 1 on standard output.
-// Ends the process with status 1 when the file does not parse.
-void ConvertModelFormat(const std::string& path, int format);
+// /formatconvert: reprints a whole device file in JSON format 0 or 1 on `out`. Returns false,
+// with a message on standard error, when the file does not parse.
+bool ConvertModelFormat(const std::string& path, int format, std::ostream& out);
 
 } // namespace kelvorig

@@ -9,11 +9,10 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <fstream>
-#include <iostream>
+#include <ostream>
 #include <iterator>
 
 namespace kelvorig {
@@ -34,23 +33,23 @@ bool IsZero(const Eigen::Vector3d& v)
     return v.x() == 0.0 && v.y() == 0.0 && v.z() == 0.0;
 }
 
-void PrintStyled(const Json::Value& value)
+void PrintStyled(const Json::Value& value, std::ostream& out)
 {
-    std::cout << Json::StyledWriter().write(value) << "\n";
-    std::cout.flush();
+    out << Json::StyledWriter().write(value) << "\n";
+    out.flush();
 }
 
-[[noreturn]] void Fail(const char* format, const std::string& path, const std::string& reason)
+bool Fail(const char* format, const std::string& path, const std::string& reason)
 {
     std::fprintf(stderr, format, path.c_str(), reason.c_str());
-    std::exit(1);
+    return false;
 }
 
-void PrintPoseFromFile(const std::string& path)
+bool PrintPoseFromFile(const std::string& path, std::ostream& out)
 {
     std::ifstream in(path);
     if (!in)
-        Fail("couldn't read %s: %s\n", path, std::strerror(errno));
+        return Fail("couldn't read %s: %s\n", path, std::strerror(errno));
 
     // note: parsed from a string, not the stream: the reader keeps its own copy of a string,
     // while the text it reads from a stream is gone before the error message is formatted.
@@ -58,7 +57,7 @@ void PrintPoseFromFile(const std::string& path)
     Json::Value root;
     Json::Reader reader;
     if (!reader.parse(text, root, true))
-        Fail("couldn't parse %s: %s\n", path, reader.getFormattedErrorMessages());
+        return Fail("couldn't parse %s: %s\n", path, reader.getFormattedErrorMessages());
 
     const Eigen::Vector3d position = ReadTripleDouble(root[kPositionKey]);
     Eigen::Vector3d plusZ = ReadTripleDouble(root[kPlusZKey]);
@@ -71,14 +70,14 @@ void PrintPoseFromFile(const std::string& path)
         std::fputs("imu_plusz_in_trackref can't be 0,0,0.  Set it to a vector pointing in the IMU's +Z "
                    "direction.\n",
                    stderr);
-        std::exit(1);
+        return false;
     }
     if (IsZero(plusX))
     {
         std::fputs("imu_plusx_in_trackref can't be 0,0,0.  Set it to a vector pointing in the IMU's +X "
                    "direction.\n",
                    stderr);
-        std::exit(1);
+        return false;
     }
     if (IsZero(position))
         std::fputs("WARNING: imu_from_trackref is 0,0,0!  This is only correct if your IMU is at your CAD "
@@ -102,14 +101,15 @@ void PrintPoseFromFile(const std::string& path)
     Json::Value result;
     for (Json::ArrayIndex k = 0; k < pose.size(); ++k)
         result[kResultKey][k] = pose[k];
-    PrintStyled(result);
+    PrintStyled(result, out);
+    return true;
 }
 
 } // namespace
 
-void TrackrefSample()
+void TrackrefSample(std::ostream& out)
 {
-    std::cout << "// INSTRUCTIONS\n"
+    out << "// INSTRUCTIONS\n"
                  "//\n"
                  "// Refer to IMU datasheet for orientation of IMU axes relative to package.\n"
                  "// Set imu_from_trackref to the CAD location of the centroid of the IMU package.\n"
@@ -126,20 +126,20 @@ void TrackrefSample()
         for (Json::ArrayIndex k = 0; k < 3; ++k)
             sample[key][k] = 0.0;
     }
-    PrintStyled(sample);
+    PrintStyled(sample, out);
 }
 
-void TrackrefFromFile(const std::string& path)
+bool TrackrefFromFile(const std::string& path, std::ostream& out)
 {
     // A value of the wrong JSON type makes the library throw, and reading a directory makes
     // the stream throw; either is an unreadable input file.
     try
     {
-        PrintPoseFromFile(path);
+        return PrintPoseFromFile(path, out);
     }
     catch (const std::exception& e)
     {
-        Fail("couldn't read %s: %s\n", path, e.what());
+        return Fail("couldn't read %s: %s\n", path, e.what());
     }
 }
 

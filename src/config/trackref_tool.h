@@ -1,14 +1,15 @@
 #pragma once
 
+#include <ostream>
 #include <string>
 
 namespace kelvorig {
 
-// /trackref_from_imu without a file: instructions and a sample file on standard output.
-void TrackrefSample();
+// /trackref_from_imu without a file: instructions and a sample file on `out`.
+void TrackrefSample(std::ostream& out);
 
-// /trackref_from_imu with a file: prints {"trackref_from_imu": [7 numbers]}; ends the
-// process with status 1 on an unreadable file or a zero axis.
-void TrackrefFromFile(const std::string& path);
+// /trackref_from_imu with a file: writes {"trackref_from_imu": [7 numbers]} on `out`.
+// Returns false, with a message on standard error, on an unreadable file or a zero axis.
+bool TrackrefFromFile(const std::string& path, std::ostream& out);
 
 } // namespace kelvorig

@@ -1,13 +1,12 @@
 #include "driver/command_line.h"
 
-#include "config/format_conversion.h"
-#include "config/trackref_tool.h"
 #include "driver/usage.h"
 #include "geometry/angles.h"
 #include "quality/quality_evaluator.h"
 
 #include <cctype>
 #include <climits>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -29,41 +28,15 @@ bool EqualsIgnoringCase(const std::string& text, const char* name)
     return i == text.size() && name[i] == '\0';
 }
 
-// /trackref_from_imu: the one argument behind it, if any, is the IMU file, whatever it
-// looks like. Switches before it have no effect and those behind it are never seen.
-[[noreturn]] void RunTrackrefTool(const std::vector<std::string>& arguments, size_t at)
-{
-    if (at + 1 < arguments.size())
-        TrackrefFromFile(arguments[at + 1]);
-    else
-        TrackrefSample();
-    std::exit(0);
-}
-
-// /formatconvert <format> <device file>: a format other than 0 or 1 is only a warning.
-[[noreturn]] void RunFormatConversion(const std::vector<std::string>& arguments, size_t at)
-{
-    const std::string& formatText = arguments[at + 1];
-    int32_t format = 0;
-    // note: a value that is no number at all is format 0, without a word.
-    static_cast<void>(ScanInt(formatText, format));
-    if (format != 0 && format != 1)
-    {
-        std::fprintf(stderr, "Unrecognized json format [ %s ]. Allowed values {0,1}\n", formatText.c_str());
-        format = 0;
-    }
-    if (at + 2 >= arguments.size())
-    {
-        std::fputs("/formatconvert needs a device file after the format number\n", stderr);
-        std::exit(1);
-    }
-    ConvertModelFormat(arguments[at + 2], format);
-    std::exit(0);
-}
-
 bool Refuse(const char* message)
 {
     std::fputs(message, stderr);
+    return false;
+}
+
+bool Usage()
+{
+    PrintUsage();
     return false;
 }
 
@@ -157,10 +130,13 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, CommandOptions& 
                 std::swap(options.qualityLow, options.qualityHigh);
             argumentError = !(lowRead && highRead);
         }
-        else if (is("/trackref_from_imu", 0))
-            RunTrackrefTool(arguments, i);
-        else if (is("/formatconvert", 1))
-            RunFormatConversion(arguments, i);
+        else if (is("/trackref_from_imu", 0) || is("/formatconvert", 1))
+        {
+            options.tool = is("/formatconvert", 1) ? CommandOptions::Tool::kFormatConvert
+                                                   : CommandOptions::Tool::kTrackrefFromImu;
+            options.toolArguments.assign(arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1, arguments.end());
+            break;
+        }
         else if (is("/srbtiltdegrees", 1))
         {
             double degrees = 0.0;
@@ -199,11 +175,11 @@ bool CheckCommandLine(const CommandOptions& options, bool argumentError)
     if (options.verifyCoverage != 0 && (options.sensorsPath.empty() || options.outScadPath.empty()))
         return Refuse("/verifycoverage requires /sensors and /outscad\n");
     if (!options.generate && options.verifyCoverage == 0 && options.modelPath.empty())
-        PrintUsage();
+        return Usage();
     if (options.srbTiltRadians != 0.0 && options.generate)
         return Refuse("/srbtiltdegrees is not plumbed to /generate yet\n");
     if (argumentError)
-        PrintUsage();
+        return Usage();
     if (options.threads < 0)
     {
         std::fprintf(stderr, "/threads %d: the count must be 0 (one per logical processor) or more\n",

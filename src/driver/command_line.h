@@ -10,11 +10,12 @@ namespace kelvorig {
 // Reads the switches (arguments behind the program name) into `options`, stopping at the
 // first argument that is no known switch or whose value does not scan. Returns false then
 // (the argument error), with a message printed for an unknown argument or switch only.
-// /trackref_from_imu and /formatconvert run their tool at once and end the process.
+// /trackref_from_imu and /formatconvert end the reading: they set options.tool and take
+// every argument behind them as the tool's.
 bool ReadCommandLine(const std::vector<std::string>& arguments, CommandOptions& options);
 
 // The checks after the switches, in their fixed order. Prints the first failure (the usage
-// text ends the process itself) and returns false; true when a run may start.
+// text included) and returns false; true when a run may start.
 bool CheckCommandLine(const CommandOptions& options, bool argumentError);
 
 // Leading-number scans with the syntax of "%d" and "%lf": text behind the number is

@@ -31,6 +31,15 @@ struct CommandOptions
     double qualityHigh = -1.0;
     double srbTiltRadians = 0.0;
     int32_t threads = 0;  // workers of the anneal and the analysis; 0: one per logical processor
+    // A tool switch ends the reading: the tool runs on the arguments behind it instead of a job.
+    enum class Tool
+    {
+        kNone,
+        kTrackrefFromImu,
+        kFormatConvert
+    };
+    Tool tool = Tool::kNone;
+    std::vector<std::string> toolArguments;
 };
 
 } // namespace kelvorig

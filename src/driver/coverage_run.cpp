@@ -15,7 +15,8 @@ int RunCoverage(const CommandOptions& options, TrackedSurface& surface)
     {
         Eigen::Vector3f position;
         Eigen::Vector3f normal;
-        surface.SampleSeat(position, normal);
+        if (!surface.SampleSeat(position, normal))
+            return 1;
         model.modelPoints.push_back(position);
         model.modelNormals.push_back(normal);
     }

@@ -6,6 +6,7 @@
 #include "driver/coverage_run.h"
 #include "driver/generate_run.h"
 #include "driver/model_drawing_run.h"
+#include "driver/tool_run.h"
 #include "geometry/tracked_surface.h"
 #include "quality/quality_evaluator.h"
 
@@ -60,13 +61,15 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
         surface = std::make_unique<TrackedSurface>(options.sensorsPath, options.obstaclePaths);
         if (!surface->isBuilt())
         {
-            ReportUnbuiltSurface(options);
+            // A failure of the ray engine has been reported where it happened.
+            if (!surface->rayEngineFailed())
+                ReportUnbuiltSurface(options);
             return 1;
         }
     }
 
-    if (layout && options.generate)
-        CheckImmutableSensorCount(*layout, options.nSensors);
+    if (layout && options.generate && !CheckImmutableSensorCount(*layout, options.nSensors))
+        return 1;
     if (layout && surface)
         WarnOfPointsOffSurface(*layout, *surface);
 
@@ -91,6 +94,8 @@ int RunCommandLine(const std::vector<std::string>& arguments)
         QualityEvaluator evaluator;
         CommandOptions options;
         const bool argumentError = !ReadCommandLine(arguments, options);
+        if (options.tool != CommandOptions::Tool::kNone)
+            return RunTool(options, std::cout);
         if (!CheckCommandLine(options, argumentError))
             return 1;
         return LoadAndRun(options, evaluator);

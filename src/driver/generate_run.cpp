@@ -10,9 +10,9 @@
 #include <json/writer.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <optional>
 
 namespace kelvorig {
 
@@ -21,27 +21,29 @@ double OrientationSpacing(int32_t nOrientations)
     return 2.0 * std::asin(1.9 / std::sqrt(static_cast<double>(nOrientations)));
 }
 
-void CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors)
+bool CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors)
 {
     const int64_t count = static_cast<int64_t>(immutableSensors.SensorCount());
     if (count > nSensors)
     {
         std::cerr << "Model of immutable sensors has more than /nsensors " << nSensors << "!\n" << '\n';
-        std::exit(1);
+        return false;
     }
     if (count == nSensors)
     {
         std::cerr << "Model of immutable sensors has the same count as /nsensors " << nSensors
                   << ".  Nothing would change!" << '\n';
-        std::exit(1);
+        return false;
     }
+    return true;
 }
 
 namespace {
 
-// Anneals, writes the requested files, and returns the result as a layout. The model and its
-// JSON text end here, before the report starts.
-SensorLayout AnnealAndWrite(const CommandOptions& options, const SensorLayout* immutableSensors,
+// Anneals, writes the requested files, and returns the result as a layout; nothing when the
+// surface offers no seat (said on standard error). The model and its JSON text end here,
+// before the report starts.
+std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const SensorLayout* immutableSensors,
                             TrackedSurface& surface, WorkerPool& workers)
 {
     PlacementProblem problem(options.nSensors, surface);
@@ -59,7 +61,10 @@ SensorLayout AnnealAndWrite(const CommandOptions& options, const SensorLayout* i
         problem.qualityHigh = options.qualityHigh;
     }
 
-    const TrackedObjectModel model = problem.Solve();
+    const std::optional<TrackedObjectModel> solved = problem.Solve();
+    if (!solved)
+        return std::nullopt;
+    const TrackedObjectModel& model = *solved;
     const std::string json = Json::StyledWriter().write(model.ModelToJson());
 
     if (!options.outScadPath.empty())
@@ -94,8 +99,10 @@ int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSens
     // Started after the priority drop, so that the workers run at the lowered priority too.
     WorkerPool workers(options.threads);
     surface.SetMaxSurfaceAngle(options.maxSurfaceAngle);
-    SensorLayout result = AnnealAndWrite(options, immutableSensors, surface, workers);
-    return RunAnalysis(options, result, &surface, evaluator, workers);
+    std::optional<SensorLayout> result = AnnealAndWrite(options, immutableSensors, surface, workers);
+    if (!result)
+        return 1;
+    return RunAnalysis(options, *result, &surface, evaluator, workers);
 }
 
 } // namespace kelvorig

@@ -10,12 +10,13 @@ namespace kelvorig {
 // Angular spacing of n sampled orientations, in radians: 2 asin(1.9 / sqrt(n)).
 double OrientationSpacing(int32_t nOrientations);
 
-// Count checks of a generate run that keeps the sensors of a loaded /model in place: ends the
-// process with status 1 when that layout has as many sensors as /nsensors, or more.
-void CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors);
+// Count checks of a generate run that keeps the sensors of a loaded /model in place: false,
+// with a message, when that layout has as many sensors as /nsensors, or more.
+bool CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors);
 
 // /generate: anneals a layout around the immutable sensors (may be null), writes the
-// requested files, then runs the analysis on the result. Returns the exit status.
+// requested files, then runs the analysis on the result. Returns the exit status; a surface
+// without a seat for a sensor ends the run with status 1 and no files.
 int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSensors, TrackedSurface& surface,
                 QualityEvaluator& evaluator);
 

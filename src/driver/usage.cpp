@@ -1,7 +1,6 @@
 #include "driver/usage.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 namespace kelvorig {
 
@@ -37,7 +36,6 @@ void PrintUsage()
                "/sensors.  Multiple /obstacles allowed.\n",
                stderr);
     std::fputs("\n", stderr);
-    std::exit(1);
 }
 
 } // namespace kelvorig

@@ -2,7 +2,7 @@
 
 namespace kelvorig {
 
-// Writes the usage text to standard error and ends the process with status 1.
-[[noreturn]] void PrintUsage();
+// Writes the usage text to standard error. A run that shows it ends with status 1.
+void PrintUsage();
 
 } // namespace kelvorig

@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 
 #include <sched.h>
 
@@ -46,30 +45,36 @@ const char* ErrorName(RTCError error)
 }
 
 // A ray tracer that can't start or build leaves every occlusion and seat answer wrong, so
-// it ends the run rather than answering "no hit".
-[[noreturn]] void FailEmbree(const char* step, RTCError error)
+// init fails rather than leaving a structure that answers "no hit".
+bool FailEmbree(const char* step, RTCError error)
 {
     std::fprintf(stderr, "Error: Embree failed while %s: %s.\n", step, ErrorName(error));
-    std::exit(1);
+    return false;
 }
 
+// Null, with a message, when Embree can't start or culls back faces.
 RTCDevice CreateDevice()
 {
     // One build worker per logical processor, started up front and pinned.
     RTCDevice device = rtcNewDevice("threads=0,set_affinity=1,start_threads=1");
     const RTCError error = rtcGetDeviceError(device);
     if (device == nullptr || error != RTC_ERROR_NONE)
+    {
         FailEmbree("starting", error);
+        return nullptr;
+    }
     if (rtcGetDeviceProperty(device, RTC_DEVICE_PROPERTY_BACKFACE_CULLING_ENABLED) != 0)
     {
         std::fprintf(stderr, "Error: this Embree library culls back faces; kelvorig needs two-sided triangles.\n");
-        std::exit(1);
+        rtcReleaseDevice(device);
+        return nullptr;
     }
     return device;
 }
 
 // Created by the first init of the process and never released: Embree's workers live to
-// the end of the process.
+// the end of the process. Null when it could not be made; that is said once, on the first
+// init, and every init fails.
 RTCDevice SharedDevice()
 {
     static const RTCDevice device = CreateDevice();
@@ -101,7 +106,7 @@ struct EmbreeIntersector::Scene
 EmbreeIntersector::EmbreeIntersector() = default;
 EmbreeIntersector::~EmbreeIntersector() = default;
 
-void EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F, const std::string&, const std::string&,
+bool EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F, const std::string&, const std::string&,
                              const std::string&)
 {
     // note: the structure, builder and traverser names are Embree's defaults on this
@@ -109,8 +114,10 @@ void EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F, con
     const CallerProcessorsGuard callerProcessors;
     scene.reset();
     const RTCDevice device = SharedDevice();
+    if (device == nullptr)
+        return false;
     if (V.size() == 0 || F.size() == 0 || V.cols() < 3 || F.cols() < 3)
-        return;
+        return true;
 
     RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
     auto* positions = static_cast<float*>(rtcSetNewGeometryBuffer(
@@ -118,7 +125,10 @@ void EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F, con
     auto* indices = static_cast<unsigned*>(rtcSetNewGeometryBuffer(
         geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, 3 * sizeof(unsigned), static_cast<size_t>(F.rows())));
     if (positions == nullptr || indices == nullptr)
-        FailEmbree("allocating the mesh", rtcGetDeviceError(device));
+    {
+        rtcReleaseGeometry(geometry);
+        return FailEmbree("allocating the mesh", rtcGetDeviceError(device));
+    }
     for (Eigen::Index row = 0; row < V.rows(); ++row)
     {
         for (Eigen::Index k = 0; k < 3; ++k)
@@ -138,8 +148,9 @@ void EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F, con
     rtcCommitScene(built->handle);
     const RTCError error = rtcGetDeviceError(device);
     if (error != RTC_ERROR_NONE)
-        FailEmbree("building the ray structure", error);
+        return FailEmbree("building the ray structure", error);
     scene = std::move(built);
+    return true;
 }
 
 bool EmbreeIntersector::intersectRay(const Eigen::Vector3f& origin, const Eigen::Vector3f& direction, RayHit& hit,

@@ -33,8 +33,9 @@ public:
     // Builds, or rebuilds, the structure over V (n by 3) and the first three columns of F
     // (m by 3 or more, rows of V); primitive ids are rows of F. Leaves the object
     // uninitialised when either matrix is empty or too narrow. The first call of the process
-    // starts Embree; a failure there or in the build ends the process with a message.
-    void init(const VertexMatrix& V, const TriangleMatrix& F, const std::string& structure = "default",
+    // starts Embree; a failure there or in the build is said on standard error and returns
+    // false, leaving the object uninitialised.
+    bool init(const VertexMatrix& V, const TriangleMatrix& F, const std::string& structure = "default",
               const std::string& builder = "default", const std::string& traverser = "default");
 
     // True when a triangle lies along the ray with its parameter between tnear and tfar;

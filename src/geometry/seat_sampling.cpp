@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 namespace kelvorig {
@@ -126,7 +125,7 @@ bool TrackedSurface::SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& norm
         if (CanSeatSensor(position, normal))
             return true;
     }
-    ReportNoSeat();
+    return ReportNoSeat();
 }
 
 bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit)
@@ -142,7 +141,7 @@ bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& 
         // Once a seat is recorded the best facet stays eligible, so only the search for a
         // first one can fail to end.
         if (bestDot < -1.0f && ++fruitlessPicks > kMaxFruitlessPicks)
-            ReportNoSeat();
+            return ReportNoSeat();
         const int32_t triangle = PickTriangle();
         const Eigen::Vector3f n = faceNormals_.row(triangle).transpose();
         const float d = n.dot(wanted);
@@ -178,11 +177,11 @@ bool TrackedSurface::IsOnSensorSurface(const Eigen::Vector3f& position, const Ei
     return intersector_.intersectRay(origin, -normal, hit, kSurfaceNear, kReachBelow);
 }
 
-void TrackedSurface::ReportNoSeat() const
+bool TrackedSurface::ReportNoSeat() const
 {
     std::fprintf(stderr, "Error: no position on the sensor surface \"%s\" can take a sensor.\n",
                  surfacePath_.c_str());
-    std::exit(1);
+    return false;
 }
 
 } // namespace kelvorig

@@ -32,7 +32,12 @@ TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector
         triangles_.resize(0, 0);
         return;
     }
-    intersector_.init(vertices_, triangles_);
+    if (!intersector_.init(vertices_, triangles_))
+    {
+        rayEngineFailed_ = true;
+        triangles_.resize(0, 0);
+        return;
+    }
     BuildAreaTable();
     if (!obstaclePaths_.empty() && !AddObstacles())
     {
@@ -94,8 +99,8 @@ bool TrackedSurface::AddObstacles()
     allVertices << vertices_, obstacleVertices;
     TriangleMatrix allTriangles(triangles_.rows() + obstacleTriangles.rows(), 3);
     allTriangles << triangles_.leftCols(3), obstacleTriangles.leftCols(3);
-    intersector_.init(allVertices, allTriangles);
-    return true;
+    rayEngineFailed_ = !intersector_.init(allVertices, allTriangles);
+    return !rayEngineFailed_;
 }
 
 bool TrackedSurface::isBuilt() const

@@ -26,6 +26,8 @@ public:
     // False when a mesh couldn't be read or the sensor surface has no usable facets; such
     // a surface must not be used.
     bool isBuilt() const;
+    // True when the build failed in the ray engine, which has said why on standard error.
+    bool rayEngineFailed() const { return rayEngineFailed_; }
 
     const std::string& surfacePath() const;
     const std::vector<std::string>& obstaclePaths() const;
@@ -56,10 +58,10 @@ public:
     // True when four 6 mm chords of a disc 1 mm under the position meet no triangle.
     bool CanSeatSensor(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const;
     // Draws seats until one passes CanSeatSensor. On a surface where no seat can be found it
-    // says so on stderr and ends the process with status 1.
+    // says so on stderr and returns false.
     bool SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal);
     // A seat whose facet normal is close to the incoming `normal`: the first with a dot
-    // product above `limit`, else the best of 20 that pass the seat test.
+    // product above `limit`, else the best of 20 that pass the seat test. Fails as SampleSeat.
     bool SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit);
     // True when some surface lies from 4 mm behind to 0.9 mm in front of the position along
     // the normal, and none from 1.1 mm to 11 mm in front of it.
@@ -69,7 +71,7 @@ private:
     bool LoadSensorSurface();
     bool AddObstacles();
     void BuildAreaTable();
-    [[noreturn]] void ReportNoSeat() const;
+    bool ReportNoSeat() const;  // says so on stderr; false
 
     std::string surfacePath_;
     std::vector<std::string> obstaclePaths_;
@@ -77,6 +79,7 @@ private:
     NormalMatrix faceNormals_;
     TriangleMatrix triangles_;
     double unitScale_ = 1.0;
+    bool rayEngineFailed_ = false;
     float cosMaxSurfaceAngle_ = 1.0f;
     EmbreeIntersector intersector_;
     double totalArea_ = 0.0;

@@ -14,7 +14,7 @@ PlacementProblem::PlacementProblem(int32_t sensorCount, TrackedSurface& trackedS
 {
 }
 
-void PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
+bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
 {
     constexpr int kCandidates = 20;
     // note: kept across slots; if every candidate of a slot coincides with a placed sensor,
@@ -34,7 +34,8 @@ void PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
         {
             Eigen::Vector3f position;
             Eigen::Vector3f normal;
-            surface.SampleSeat(position, normal);
+            if (!surface.SampleSeat(position, normal))
+                return false;
 
             float distance = 9999.0f;
             for (size_t j = 0; j < i; ++j)
@@ -58,15 +59,17 @@ void PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
         layout.positions[i] = bestPosition.cast<double>();
         layout.normals[i] = bestNormal.cast<double>();
     }
+    return true;
 }
 
-TrackedObjectModel PlacementProblem::Solve()
+std::optional<TrackedObjectModel> PlacementProblem::Solve()
 {
     PlacementLayout layout(nSensors);
     layout.cosMaxIncidence = std::cos(DegreesToRadians(incidenceLimitDegrees));
     if (model != nullptr)
         layout.CopyImmutableSensors(*model);
-    PlaceInitialSensors(layout);
+    if (!PlaceInitialSensors(layout))
+        return std::nullopt;
 
     SensorPlacementAnnealer annealer(layout, surface, nIterations, nOrientations, coolingRate, qualityLow, qualityHigh,
                                      annealerSeed);
@@ -74,7 +77,7 @@ TrackedObjectModel PlacementProblem::Solve()
         annealer.UseWorkers(*workers);
     std::cerr << "anneal duration: " << annealer.ExpectedMoveCount() << '\n';
 
-    TrackedObjectModel result = annealer.Anneal();
+    std::optional<TrackedObjectModel> result = annealer.Anneal();
     finalQuality = annealer.snapshotScore();
     return result;
 }

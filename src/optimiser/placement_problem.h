@@ -34,12 +34,13 @@ struct PlacementProblem
 
     // Seats the movable sensors by best-candidate sampling, anneals, and returns the best
     // layout with ids 0..nSensors-1 (immutable sensors first). Prints progress on standard
-    // error. Sets finalQuality.
-    TrackedObjectModel Solve();
+    // error. Sets finalQuality. Nothing when the surface offers no seat (said on stderr).
+    std::optional<TrackedObjectModel> Solve();
 
     // Fills the slots from layout.immutableCount on, each with the one of 20 random seats
-    // that lies farthest from every sensor already placed.
-    void PlaceInitialSensors(PlacementLayout& layout);
+    // that lies farthest from every sensor already placed. False when the surface offers no
+    // seat (said on stderr).
+    bool PlaceInitialSensors(PlacementLayout& layout);
 };
 
 } // namespace kelvorig

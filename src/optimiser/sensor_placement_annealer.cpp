@@ -47,7 +47,7 @@ int32_t SensorPlacementAnnealer::DrawMovableIndex()
     return firstMovable_ + static_cast<int32_t>(x % n);
 }
 
-void SensorPlacementAnnealer::MoveOneSensor(double temperature)
+bool SensorPlacementAnnealer::MoveOneSensor(double temperature)
 {
     std::cerr << '.';
 
@@ -63,15 +63,17 @@ void SensorPlacementAnnealer::MoveOneSensor(double temperature)
         // A cosine between old and new normal: below -1 (anything goes) at the start
         // temperature, about 0.96 (16 degrees) at the stop temperature.
         const double limit = (2.0 - std::pow(3.0, invStartTemperature_ * temperature)) - 0.04;
-        surface_.SampleSeatNear(position, normal, static_cast<float>(limit));
+        if (!surface_.SampleSeatNear(position, normal, static_cast<float>(limit)))
+            return false;
     }
-    else
+    else if (!surface_.SampleSeat(position, normal))
     {
-        surface_.SampleSeat(position, normal);
+        return false;
     }
 
     layout_.positions[movedIndex_] = position.cast<double>();
     layout_.normals[movedIndex_] = normal.cast<double>();
+    return true;
 }
 
 void SensorPlacementAnnealer::UndoMove()
@@ -95,7 +97,7 @@ double SensorPlacementAnnealer::ExpectedMoveCount() const
            std::log(coolingRate_);
 }
 
-TrackedObjectModel SensorPlacementAnnealer::Anneal()
+std::optional<TrackedObjectModel> SensorPlacementAnnealer::Anneal()
 {
     // note: fixed seed on purpose; which worsening moves stand varies only through the moves.
     RandomEngine acceptance(kFixedSeed);
@@ -126,7 +128,8 @@ TrackedObjectModel SensorPlacementAnnealer::Anneal()
     {
         for (int32_t move = 0; move < movesPerTemperature_; ++move)
         {
-            MoveOneSensor(temperature);
+            if (!MoveOneSensor(temperature))
+                return std::nullopt;
             const double q =
                 scored(incremental ? incremental->EvaluateMove(static_cast<size_t>(movedIndex_))
                                    : evaluator_.EvaluateQuality());

@@ -49,7 +49,8 @@ public:
     // Writes "." to standard error and moves one movable sensor, nine times in ten to a seat
     // whose normal is near its own (a limit that tightens as `temperature` falls), else
     // anywhere. Remembers the old seat for UndoMove. Needs at least one movable sensor.
-    void MoveOneSensor(double temperature);
+    // False, with the layout unchanged, when the surface offers no seat (said on stderr).
+    bool MoveOneSensor(double temperature);
 
     // Puts back, bit for bit, the seat that the latest move replaced.
     void UndoMove();
@@ -58,8 +59,9 @@ public:
     TrackedObjectModel Snapshot();
 
     // Runs the whole schedule from kStartTemperature down to kStopTemperature and returns the
-    // best layout seen; its score is left in snapshotScore().
-    TrackedObjectModel Anneal();
+    // best layout seen; its score is left in snapshotScore(). Stops with nothing when a move
+    // finds no seat (said on stderr).
+    std::optional<TrackedObjectModel> Anneal();
 
     void SetScoring(Scoring scoring) { scoring_ = scoring; }
     // Workers for incremental scoring; they must outlive every later Anneal.

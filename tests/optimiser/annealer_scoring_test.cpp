@@ -44,7 +44,7 @@ AnnealRecord Anneal(SensorPlacementAnnealer::Scoring scoring, int32_t threads)
     annealer.ObserveScores([&record](double score) { record.scoreBits.push_back(std::bit_cast<uint64_t>(score)); });
 
     testing::internal::CaptureStderr();
-    record.best = annealer.Anneal();
+    record.best = annealer.Anneal().value();
     testing::internal::GetCapturedStderr();
     record.bestScore = annealer.snapshotScore();
     record.finalPositions = layout.positions;

@@ -41,7 +41,7 @@ SolveRun RunSolve(int32_t nSensors, int32_t nIterations, double coolingRate, con
 
     SolveRun run;
     testing::internal::CaptureStderr();
-    run.model = problem.Solve();
+    run.model = problem.Solve().value();
     run.console = testing::internal::GetCapturedStderr();
     run.finalQuality = problem.finalQuality;
     return run;

@@ -140,7 +140,7 @@ TEST(SensorPlacementAnnealer, AnnealMatchesTheScheduleWrittenOut)
     SensorPlacementAnnealer annealerB = MakeAnnealer(b, boxB.surface());
 
     testing::internal::CaptureStderr();
-    const TrackedObjectModel result = annealerA.Anneal();
+    const TrackedObjectModel result = annealerA.Anneal().value();
 
     RandomEngine acceptance(5489);
     double best = annealerB.evaluator().EvaluateQuality();
