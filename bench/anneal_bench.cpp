@@ -1,11 +1,11 @@
 // Moves per second of the anneal on the bundled head-mounted-display shell: every move is
 // one seat draw and one full quality evaluation, so this is the figure that sets how long a
 // /generate run takes.
-#include "driver/generate_run.h"
-#include "geometry/angles.h"
 #include "geometry/tracked_surface.h"
 #include "optimiser/placement_problem.h"
 #include "optimiser/sensor_placement_annealer.h"
+#include "quality/orientation_sampling.h"
+#include "support/angles.h"
 
 #include <benchmark/benchmark.h>
 

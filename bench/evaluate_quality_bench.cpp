@@ -2,10 +2,10 @@
 // Sensors are seated on the bundled HMD shell with a fixed seed; 1250 orientations, as a
 // generate run uses by default.
 
-#include "geometry/angles.h"
-#include "geometry/random_draws.h"
 #include "geometry/tracked_surface.h"
 #include "quality/quality_evaluator.h"
+#include "support/angles.h"
+#include "support/random_draws.h"
 
 #include <benchmark/benchmark.h>
 

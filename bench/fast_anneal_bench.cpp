@@ -6,12 +6,12 @@
 //
 // usage: fast_anneal_bench [runs, default 3]
 
-#include "driver/generate_run.h"
-#include "geometry/angles.h"
 #include "geometry/tracked_surface.h"
 #include "optimiser/placement_problem.h"
 #include "optimiser/sensor_placement_annealer.h"
-#include "quality/worker_pool.h"
+#include "quality/orientation_sampling.h"
+#include "support/angles.h"
+#include "support/worker_pool.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 // Ray queries and seat draws on the bundled HMD shell, fixed seeds; medians of 5 runs.
-#include "geometry/random_draws.h"
 #include "geometry/tracked_surface.h"
+#include "support/random_draws.h"
 
 #include <benchmark/benchmark.h>
 

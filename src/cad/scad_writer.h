@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/sensor_model.h"
+#include "model/sensor_model.h"
 
 #include <Eigen/Core>
 

@@ -2,8 +2,8 @@
 
 #include "config/calibration_values.h"
 #include "config/distortion_model.h"
-#include "config/sensor_model.h"
 #include "config/tracked_camera_config.h"
+#include "model/sensor_model.h"
 
 #include <json/value.h>
 

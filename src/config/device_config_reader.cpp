@@ -1,7 +1,7 @@
 #include "config/device_config.h"
 
 #include "config/enum_tables.h"
-#include "config/text_case.h"
+#include "support/text_case.h"
 
 #include <json/reader.h>
 #include <json/writer.h>

@@ -1,7 +1,7 @@
 #include "config/format_conversion.h"
 
 #include "config/device_config.h"
-#include "config/model_file.h"
+#include "support/text_file.h"
 
 #include <json/writer.h>
 

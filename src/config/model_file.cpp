@@ -1,40 +1,19 @@
 #include "config/model_file.h"
 
 #include "config/device_config.h"
-#include "config/runtime_paths.h"
+#include "support/runtime_paths.h"
+#include "support/text_file.h"
 
 #include <json/reader.h>
 #include <json/value.h>
 
 #include <cstdio>
 
-#include <sys/stat.h>
-
 namespace kelvorig {
 namespace {
 
 constexpr const char* kSectionKey = "pharoscope_config";
 constexpr const char* kQuotedSectionKey = "\"pharoscope_config\"";
-
-// Reads every byte of a regular file; empty when it can't be opened or read, or has none.
-std::string ReadBytes(const std::string& path)
-{
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr)
-        return std::string();
-
-    std::string bytes;
-    struct stat status;
-    // note: a directory opens fine here, so only regular files are read.
-    if (fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0)
-    {
-        bytes.resize(static_cast<size_t>(status.st_size));
-        if (std::fread(bytes.data(), 1, bytes.size(), file) != bytes.size())
-            bytes.clear();
-    }
-    std::fclose(file);
-    return bytes;
-}
 
 bool ReadStandaloneSection(const std::string& name, const std::string& text, TrackedObjectModel& model)
 {
@@ -108,31 +87,6 @@ std::unique_ptr<SensorLayout> LoadSensorLayout(const std::string& path)
     if (!ReadModel(path, model))
         return nullptr;
     return std::make_unique<SensorLayout>(model, kIdentityTransform);
-}
-
-std::string ReadTextFile(const std::string& path)
-{
-    const std::string bytes = ReadBytes(path);
-    std::string text;
-    text.reserve(bytes.size());
-    for (size_t i = 0; i < bytes.size(); ++i)
-    {
-        // A carriage return directly before a line feed is dropped; lone ones stay.
-        if (bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n')
-            continue;
-        text.push_back(bytes[i]);
-    }
-    return text;
-}
-
-std::string JoinPath(const std::string& a, const std::string& b, char separator)
-{
-    if (a.empty())
-        return b;
-    std::string head = a;
-    if (head.back() == '/' || head.back() == '\\')
-        head.pop_back();
-    return head + (separator == 0 ? '/' : separator) + b;
 }
 
 } // namespace kelvorig

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/sensor_model.h"
+#include "model/sensor_model.h"
 
 #include <memory>
 #include <string>
@@ -16,11 +16,5 @@ bool ReadModel(const std::string& path, TrackedObjectModel& model);
 
 // ReadModel, then a SensorLayout with the identity transform; null when ReadModel failed.
 std::unique_ptr<SensorLayout> LoadSensorLayout(const std::string& path);
-
-// Whole file as text with CR LF folded to LF; empty on any failure, a 0-byte file included.
-std::string ReadTextFile(const std::string& path);
-
-// a + separator + b, dropping one trailing slash or backslash of a. separator 0 means '/'.
-std::string JoinPath(const std::string& a, const std::string& b, char separator = 0);
 
 } // namespace kelvorig

@@ -1,8 +1,8 @@
 #include "driver/analysis_run.h"
 
-#include "geometry/angles.h"
 #include "quality/pose_solvability.h"
-#include "quality/worker_pool.h"
+#include "support/angles.h"
+#include "support/worker_pool.h"
 
 #include <cmath>
 #include <cstdio>

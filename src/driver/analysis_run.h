@@ -1,8 +1,8 @@
 #pragma once
 
-#include "config/sensor_model.h"
 #include "driver/command_options.h"
 #include "geometry/tracked_surface.h"
+#include "model/sensor_model.h"
 #include "quality/quality_evaluator.h"
 
 namespace kelvorig {

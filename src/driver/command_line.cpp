@@ -1,8 +1,8 @@
 #include "driver/command_line.h"
 
 #include "driver/usage.h"
-#include "geometry/angles.h"
 #include "quality/quality_evaluator.h"
+#include "support/angles.h"
 
 #include <cctype>
 #include <climits>

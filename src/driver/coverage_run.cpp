@@ -1,7 +1,7 @@
 #include "driver/coverage_run.h"
 
 #include "cad/scad_writer.h"
-#include "config/sensor_model.h"
+#include "model/sensor_model.h"
 
 #include <fstream>
 

@@ -5,7 +5,8 @@
 #include "driver/thread_priority.h"
 #include "optimiser/placement_problem.h"
 #include "optimiser/sensor_placement_annealer.h"
-#include "quality/worker_pool.h"
+#include "quality/orientation_sampling.h"
+#include "support/worker_pool.h"
 
 #include <json/writer.h>
 
@@ -15,11 +16,6 @@
 #include <optional>
 
 namespace kelvorig {
-
-double OrientationSpacing(int32_t nOrientations)
-{
-    return 2.0 * std::asin(1.9 / std::sqrt(static_cast<double>(nOrientations)));
-}
 
 bool CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors)
 {

@@ -1,14 +1,11 @@
 #pragma once
 
-#include "config/sensor_model.h"
 #include "driver/command_options.h"
 #include "geometry/tracked_surface.h"
+#include "model/sensor_model.h"
 #include "quality/quality_evaluator.h"
 
 namespace kelvorig {
-
-// Angular spacing of n sampled orientations, in radians: 2 asin(1.9 / sqrt(n)).
-double OrientationSpacing(int32_t nOrientations);
 
 // Count checks of a generate run that keeps the sensors of a loaded /model in place: false,
 // with a message, when that layout has as many sensors as /nsensors, or more.

@@ -1,6 +1,6 @@
 #include "geometry/tracked_surface.h"
 
-#include "geometry/angles.h"
+#include "support/angles.h"
 
 #include <Eigen/Geometry>
 

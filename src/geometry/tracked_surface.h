@@ -2,7 +2,7 @@
 
 #include "geometry/embree_intersector.h"
 #include "geometry/mesh_matrices.h"
-#include "geometry/random_draws.h"
+#include "support/random_draws.h"
 
 #include <Eigen/Core>
 

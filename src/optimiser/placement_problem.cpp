@@ -1,8 +1,8 @@
 #include "optimiser/placement_problem.h"
 
-#include "geometry/angles.h"
 #include "geometry/tracked_surface.h"
 #include "optimiser/sensor_placement_annealer.h"
+#include "support/angles.h"
 
 #include <cmath>
 #include <iostream>

@@ -2,7 +2,7 @@
 
 #include "geometry/tracked_surface.h"
 #include "quality/incremental_evaluator.h"
-#include "quality/worker_pool.h"
+#include "support/worker_pool.h"
 
 #include <cmath>
 #include <iostream>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "config/sensor_model.h"
-#include "geometry/random_draws.h"
+#include "model/sensor_model.h"
 #include "optimiser/placement_layout.h"
 #include "quality/quality_evaluator.h"
+#include "support/random_draws.h"
 
 #include <Eigen/Core>
 

@@ -1,7 +1,7 @@
 #include "quality/incremental_evaluator.h"
 
 #include "quality/pose_covariance.h"
-#include "quality/worker_pool.h"
+#include "support/worker_pool.h"
 
 #include <algorithm>
 #include <bit>

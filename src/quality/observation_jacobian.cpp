@@ -1,7 +1,7 @@
 #include "quality/observation_jacobian.h"
 
 #include "quality/dual_number.h"
-#include "quality/quaternion.h"
+#include "support/quaternion.h"
 
 #include <array>
 

@@ -2,8 +2,8 @@
 
 #include "quality/dual_number.h"
 #include "quality/measurement_weights.h"
-#include "quality/quaternion.h"
 #include "quality/sensor_visibility.h"
+#include "support/quaternion.h"
 
 #include <Eigen/Core>
 

@@ -1,7 +1,7 @@
 #include "quality/orientation_sampling.h"
 
-#include "geometry/angles.h"
-#include "geometry/random_draws.h"
+#include "support/angles.h"
+#include "support/random_draws.h"
 
 #include <cmath>
 
@@ -96,6 +96,11 @@ void SampleGridPoses(double fullTurn, double step, std::vector<BaseStationPose>&
             poses.push_back(pose);
         }
     }
+}
+
+double OrientationSpacing(int32_t nOrientations)
+{
+    return 2.0 * std::asin(1.9 / std::sqrt(static_cast<double>(nOrientations)));
 }
 
 } // namespace kelvorig

@@ -18,4 +18,7 @@ void SampleBestCandidatePoses(int32_t count, std::vector<BaseStationPose>& poses
 // Both angles (radians) advance by repeated addition of `step`, which must be positive.
 void SampleGridPoses(double fullTurn, double step, std::vector<BaseStationPose>& poses);
 
+// Angular spacing of n sampled orientations, in radians: 2 asin(1.9 / sqrt(n)).
+double OrientationSpacing(int32_t nOrientations);
+
 } // namespace kelvorig

@@ -1,6 +1,6 @@
 #include "quality/pose_solvability.h"
 #include "quality/quality_evaluator.h"
-#include "quality/worker_pool.h"
+#include "support/worker_pool.h"
 
 #include <algorithm>
 #include <optional>

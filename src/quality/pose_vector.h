@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quality/quaternion.h"
+#include "support/quaternion.h"
 
 #include <array>
 

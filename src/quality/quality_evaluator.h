@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/sensor_model.h"
+#include "model/sensor_model.h"
 #include "quality/base_station_model.h"
 #include "quality/base_station_pose.h"
 #include "quality/pose_covariance.h"

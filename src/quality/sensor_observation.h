@@ -1,9 +1,9 @@
 #pragma once
 
-#include "config/sensor_model.h"
+#include "model/sensor_model.h"
 #include "quality/base_station_model.h"
 #include "quality/dual_number.h"
-#include "quality/quaternion.h"
+#include "support/quaternion.h"
 
 #include <cstdint>
 

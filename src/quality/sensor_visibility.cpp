@@ -1,8 +1,8 @@
 #include "quality/sensor_visibility.h"
 
 #include "geometry/tracked_surface.h"
-#include "quality/quaternion.h"
 #include "quality/sensor_index_lookup.h"
+#include "support/quaternion.h"
 
 #include <cmath>
 #include <limits>

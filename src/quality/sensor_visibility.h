@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/sensor_model.h"
+#include "model/sensor_model.h"
 #include "quality/base_station_model.h"
 #include "quality/pose_vector.h"
 #include "quality/sensor_observation.h"

@@ -1,4 +1,4 @@
-#include "config/log_writer.h"
+#include "support/log_writer.h"
 
 
 #include <gtest/gtest.h>

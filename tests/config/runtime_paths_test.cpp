@@ -1,4 +1,4 @@
-#include "config/runtime_paths.h"
+#include "support/runtime_paths.h"
 
 #include "support/cli_runner.h"
 

@@ -1,4 +1,4 @@
-#include "config/sensor_model.h"
+#include "model/sensor_model.h"
 
 #include <gtest/gtest.h>
 

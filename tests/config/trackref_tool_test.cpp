@@ -1,4 +1,4 @@
-#include "geometry/angles.h"
+#include "support/angles.h"
 #include "support/cli_runner.h"
 
 #include <Eigen/Geometry>

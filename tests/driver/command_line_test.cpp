@@ -1,6 +1,6 @@
 #include "driver/command_line.h"
 
-#include "geometry/angles.h"
+#include "support/angles.h"
 #include "support/cli_runner.h"
 
 #include <gtest/gtest.h>

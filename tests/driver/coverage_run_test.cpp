@@ -1,5 +1,5 @@
 #include "cad/scad_writer.h"
-#include "config/sensor_model.h"
+#include "model/sensor_model.h"
 #include "support/cli_runner.h"
 #include "support/scad_seats.h"
 #include "support/test_meshes.h"

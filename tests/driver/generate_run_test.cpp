@@ -1,8 +1,9 @@
 #include "driver/generate_run.h"
 
-#include "geometry/angles.h"
 #include "optimiser/mesh_surface.h"
+#include "quality/orientation_sampling.h"
 #include "quality/quality_evaluator.h"
+#include "support/angles.h"
 #include "support/cli_runner.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "geometry/embree_intersector.h"
 
-#include "geometry/random_draws.h"
+#include "support/random_draws.h"
 #include "support/test_meshes.h"
 
 #include <Eigen/Geometry>

@@ -1,7 +1,7 @@
 #include "geometry/stl_reader.h"
 
-#include "geometry/random_draws.h"
 #include "support/cli_runner.h"
+#include "support/random_draws.h"
 #include "support/test_meshes.h"
 
 #include <gtest/gtest.h>

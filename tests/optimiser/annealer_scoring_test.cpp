@@ -1,11 +1,11 @@
 #include "optimiser/sensor_placement_annealer.h"
 
-#include "geometry/random_draws.h"
 #include "geometry/tracked_surface.h"
 #include "optimiser/mesh_surface.h"
-#include "support/occluded_cube.h"
 #include "optimiser/placement_problem.h"
-#include "quality/worker_pool.h"
+#include "support/occluded_cube.h"
+#include "support/random_draws.h"
+#include "support/worker_pool.h"
 
 #include <gtest/gtest.h>
 

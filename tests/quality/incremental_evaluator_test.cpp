@@ -3,7 +3,7 @@
 #include "geometry/tracked_surface.h"
 #include "optimiser/mesh_surface.h"
 #include "support/occluded_cube.h"
-#include "quality/worker_pool.h"
+#include "support/worker_pool.h"
 
 #include <gtest/gtest.h>
 

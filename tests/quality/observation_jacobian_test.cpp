@@ -1,7 +1,7 @@
 #include "quality/observation_jacobian.h"
 
-#include "geometry/random_draws.h"
 #include "quality/reference_pose_error.h"
+#include "support/random_draws.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 #include "quality/quality_evaluator.h"
 
-#include "geometry/angles.h"
 #include "geometry/tracked_surface.h"
 #include "optimiser/mesh_surface.h"
-#include "quality/worker_pool.h"
+#include "support/angles.h"
 #include "support/captured_files.h"
 #include "support/occluded_cube.h"
+#include "support/worker_pool.h"
 
 #include <gtest/gtest.h>
 

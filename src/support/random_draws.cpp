@@ -1,4 +1,4 @@
-#include "geometry/random_draws.h"
+#include "support/random_draws.h"
 
 #include <ctime>
 #include <unistd.h>

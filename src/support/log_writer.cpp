@@ -1,6 +1,6 @@
-#include "config/log_writer.h"
+#include "support/log_writer.h"
 
-#include "config/timestamp_text.h"
+#include "support/timestamp_text.h"
 
 #include <cstdarg>
 

@@ -1,4 +1,4 @@
-#include "config/text_case.h"
+#include "support/text_case.h"
 
 #include <cctype>
 

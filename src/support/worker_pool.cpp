@@ -1,4 +1,4 @@
-#include "quality/worker_pool.h"
+#include "support/worker_pool.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
-#include "config/runtime_paths.h"
+#include "support/runtime_paths.h"
 
-#include "config/model_file.h"
+#include "support/text_file.h"
 
 #include <strings.h>
 #include <sys/stat.h>
@@ -130,6 +130,16 @@ std::string RuntimeDriversPath()
 std::string ReadRuntimeFile(const std::string& relativePath)
 {
     return ReadTextFile(JoinPath(RuntimeDriversPath(), relativePath));
+}
+
+std::string JoinPath(const std::string& a, const std::string& b, char separator)
+{
+    if (a.empty())
+        return b;
+    std::string head = a;
+    if (head.back() == '/' || head.back() == '\\')
+        head.pop_back();
+    return head + (separator == 0 ? '/' : separator) + b;
 }
 
 } // namespace kelvorig

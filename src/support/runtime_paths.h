@@ -16,6 +16,9 @@ std::string RuntimeDriversPath();
 // sets it.
 std::string& RuntimeDriversOverride();
 
+// a + separator + b, dropping one trailing slash or backslash of a. separator 0 means '/'.
+std::string JoinPath(const std::string& a, const std::string& b, char separator = 0);
+
 // Every backslash becomes '/'.
 std::string FixSlashes(const std::string& path);
 

@@ -1,4 +1,4 @@
-#include "config/timestamp_text.h"
+#include "support/timestamp_text.h"
 
 #include <cstdio>
 #include <ctime>

@@ -1,0 +1,47 @@
+#include "support/text_file.h"
+
+#include <cstdio>
+
+#include <sys/stat.h>
+
+namespace kelvorig {
+namespace {
+
+// Reads every byte of a regular file; empty when it can't be opened or read, or has none.
+std::string ReadBytes(const std::string& path)
+{
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr)
+        return std::string();
+
+    std::string bytes;
+    struct stat status;
+    // note: a directory opens fine here, so only regular files are read.
+    if (fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0)
+    {
+        bytes.resize(static_cast<size_t>(status.st_size));
+        if (std::fread(bytes.data(), 1, bytes.size(), file) != bytes.size())
+            bytes.clear();
+    }
+    std::fclose(file);
+    return bytes;
+}
+
+} // namespace
+
+std::string ReadTextFile(const std::string& path)
+{
+    const std::string bytes = ReadBytes(path);
+    std::string text;
+    text.reserve(bytes.size());
+    for (size_t i = 0; i < bytes.size(); ++i)
+    {
+        // A carriage return directly before a line feed is dropped; lone ones stay.
+        if (bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n')
+            continue;
+        text.push_back(bytes[i]);
+    }
+    return text;
+}
+
+} // namespace kelvorig
