@@ -44,7 +44,7 @@ Eigen::Vector3d ReadTripleDouble(const Json::Value& triple)
                            triple.get(2u, 0.0).asDouble());
 }
 
-PoseFloat ReadPoseFloat(const Json::Value& pose)
+CalibrationPoseFloat ReadPoseFloat(const Json::Value& pose)
 {
     return ReadFloats<7>(pose);
 }
@@ -74,7 +74,7 @@ Json::Value TripleToJson(const Eigen::Vector3d& triple)
     return array;
 }
 
-Json::Value PoseToJson(const PoseFloat& pose)
+Json::Value PoseToJson(const CalibrationPoseFloat& pose)
 {
     return FloatsToJson(pose);
 }
@@ -90,17 +90,17 @@ Json::Value Matrix3ToJson(const Matrix3Float& matrix)
     return rows;
 }
 
-Pose WidenPose(const PoseFloat& pose)
+CalibrationPose WidenPose(const CalibrationPoseFloat& pose)
 {
-    Pose wide{};
+    CalibrationPose wide{};
     for (size_t k = 0; k < pose.size(); ++k)
         wide[k] = pose[k];
     return wide;
 }
 
-PoseFloat NarrowPose(const Pose& pose)
+CalibrationPoseFloat NarrowPose(const CalibrationPose& pose)
 {
-    PoseFloat narrow{};
+    CalibrationPoseFloat narrow{};
     for (size_t k = 0; k < pose.size(); ++k)
         narrow[k] = static_cast<float>(pose[k]);
     return narrow;

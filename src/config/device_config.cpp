@@ -73,8 +73,8 @@ int DeviceConfig::LastEyeInUse() const
 
 void DeviceConfig::ResetImuAndHead()
 {
-    trackref_from_imu = kIdentityPoseFloat;
-    trackref_from_head = kIdentityPoseFloat;
+    trackref_from_imu = kIdentityCalibrationPoseFloat;
+    trackref_from_head = kIdentityCalibrationPoseFloat;
     gyro_bias = {0, 0, 0};
     gyro_scale = {1, 1, 1};
     acc_bias = {0, 0, 0};

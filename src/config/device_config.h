@@ -78,8 +78,8 @@ public:
     float display_gc_scale = 0.0f;
     float display_gc_prescale = 1.0f;
     std::string display_gc_image;
-    PoseFloat trackref_from_imu = kIdentityPoseFloat;
-    PoseFloat trackref_from_head = kIdentityPoseFloat;
+    CalibrationPoseFloat trackref_from_imu = kIdentityCalibrationPoseFloat;
+    CalibrationPoseFloat trackref_from_head = kIdentityCalibrationPoseFloat;
     TripleFloat gyro_bias = {0, 0, 0};
     TripleFloat gyro_scale = {1, 1, 1};
     TripleFloat acc_bias = {0, 0, 0};

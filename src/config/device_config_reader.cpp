@@ -41,14 +41,14 @@ bool HasAxes(const Json::Value& object)
 
 // A pose given as a position and two axes. Axes that make no rotation give the identity,
 // without a word.
-PoseFloat PoseFromAxes(const Json::Value& object)
+CalibrationPoseFloat PoseFromAxes(const Json::Value& object)
 {
     const Eigen::Vector3d position = ReadTripleDouble(ReadMember(object, "position"));
     const Eigen::Vector3d plusX = ReadTripleDouble(ReadMember(object, "plus_x"));
     const Eigen::Vector3d plusZ = ReadTripleDouble(ReadMember(object, "plus_z"));
-    Pose pose;
+    CalibrationPose pose;
     if (!BuildPoseFromAxes(&pose, position, plusX, plusZ))
-        return kIdentityPoseFloat;
+        return kIdentityCalibrationPoseFloat;
     return NarrowPose(pose);
 }
 

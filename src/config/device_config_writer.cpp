@@ -37,7 +37,7 @@ Json::Value EyeToJson(const EyeCalibration& eye)
 }
 
 // Format 1 writes a pose as its position and the rotated unit X and Z.
-void WriteAxes(Json::Value& object, const PoseFloat& pose)
+void WriteAxes(Json::Value& object, const CalibrationPoseFloat& pose)
 {
     Eigen::Vector3d position, plusX, plusZ;
     AxesFromPose(&position, &plusX, &plusZ, WidenPose(pose));

@@ -1,38 +1,35 @@
 #pragma once
 
+#include "support/quaternion.h"
+
 #include <Eigen/Core>
 
 #include <array>
 
 namespace kelvorig {
 
-// A pose: quaternion x, y, z, w (Hamilton convention), then position x, y, z.
-using Pose = std::array<double, 7>;
+// A pose as the device files store it: quaternion x, y, z, w (Hamilton convention), then
+// position x, y, z. Not the quality code's PoseVector, which leads with the translation.
+using CalibrationPose = std::array<double, 7>;
 
-// Quaternion x, y, z, w.
-using Quaternion = std::array<double, 4>;
-
-constexpr Pose kIdentityPose = {0, 0, 0, 1, 0, 0, 0};
+constexpr CalibrationPose kIdentityCalibrationPose = {0, 0, 0, 1, 0, 0, 0};
 
 // Scales v to unit length (length sqrt(y*y + x*x + z*z)). False for a zero vector, which
 // stays as it is.
 bool NormalizeVector(Eigen::Vector3d& v);
 
-// v rotated by the unit quaternion q: v + 2w(q x v) + 2 q x (q x v), q the vector part.
-Eigen::Vector3d RotateByQuaternion(const Quaternion& q, const Eigen::Vector3d& v);
-
 // Shortest-arc rotation taking the unit vector `from` onto the unit vector `to`.
-Quaternion ShortestArc(const Eigen::Vector3d& from, const Eigen::Vector3d& to);
+Quaternion<double> ShortestArc(const Eigen::Vector3d& from, const Eigen::Vector3d& to);
 
 // The pose whose rotation takes unit X onto plusX and unit Z onto plusZ, at `position`.
 // The axes need not be unit length but must be perpendicular within a dot product of
 // 0.001. False (and `pose` untouched) when they are not, or one is zero. `pose` may be null.
-bool BuildPoseFromAxes(Pose* pose, const Eigen::Vector3d& position, const Eigen::Vector3d& plusX,
+bool BuildPoseFromAxes(CalibrationPose* pose, const Eigen::Vector3d& position, const Eigen::Vector3d& plusX,
                        const Eigen::Vector3d& plusZ);
 
 // The inverse of BuildPoseFromAxes: the position and the rotated unit X and Z. Each output
 // may be null and is then skipped.
 void AxesFromPose(Eigen::Vector3d* position, Eigen::Vector3d* plusX, Eigen::Vector3d* plusZ,
-                  const Pose& pose);
+                  const CalibrationPose& pose);
 
 } // namespace kelvorig

@@ -23,10 +23,10 @@ struct TrackedCameraConfig
     double focal_y = 0.0;
     double center_y = 0.0;
     DistortionModel distort;
-    PoseFloat head_from_camera = kDefaultHeadFromCamera;
+    CalibrationPoseFloat head_from_camera = kDefaultHeadFromCamera;
 
     // The calibration of the one camera mounting known here, used until a file names another.
-    static constexpr PoseFloat kDefaultHeadFromCamera = {
+    static constexpr CalibrationPoseFloat kDefaultHeadFromCamera = {
         -0.21644000709056854f, 0.0f, 0.0f, 0.9762960076332092f, 0.0f, -0.03817800059914589f,
         -0.07429400086402893f};
 

@@ -12,8 +12,8 @@
 #include <cstring>
 #include <exception>
 #include <fstream>
-#include <ostream>
 #include <iterator>
+#include <ostream>
 
 namespace kelvorig {
 namespace {
@@ -88,7 +88,7 @@ bool PrintPoseFromFile(const std::string& path, std::ostream& out)
 
     // note: when the axes are refused the identity pose is reported, and the two checks
     // below say how far it is from what was asked.
-    Pose pose = kIdentityPose;
+    CalibrationPose pose = kIdentityCalibrationPose;
     BuildPoseFromAxes(&pose, position, plusX, plusZ);
 
     Eigen::Vector3d computedX, computedZ;
@@ -110,16 +110,16 @@ bool PrintPoseFromFile(const std::string& path, std::ostream& out)
 void TrackrefSample(std::ostream& out)
 {
     out << "// INSTRUCTIONS\n"
-                 "//\n"
-                 "// Refer to IMU datasheet for orientation of IMU axes relative to package.\n"
-                 "// Set imu_from_trackref to the CAD location of the centroid of the IMU package.\n"
-                 "// Set imu_plusz_in_trackref to a vector (in CAD coordinates) pointing in the +Z axis of "
-                 "the IMU (usually perpendicular to the PCB).\n"
-                 "// Set imu_plusx_in_trackref to a vector (in CAD coordinates) pointing in the +X axis of "
-                 "the IMU.\n"
-                 "// Feed this file back into kelvorig /trackref_from_imu to get the final transform for "
-                 "your calibration JSON.\n"
-                 "\n";
+           "//\n"
+           "// Refer to IMU datasheet for orientation of IMU axes relative to package.\n"
+           "// Set imu_from_trackref to the CAD location of the centroid of the IMU package.\n"
+           "// Set imu_plusz_in_trackref to a vector (in CAD coordinates) pointing in the +Z axis of "
+           "the IMU (usually perpendicular to the PCB).\n"
+           "// Set imu_plusx_in_trackref to a vector (in CAD coordinates) pointing in the +X axis of "
+           "the IMU.\n"
+           "// Feed this file back into kelvorig /trackref_from_imu to get the final transform for "
+           "your calibration JSON.\n"
+           "\n";
     Json::Value sample;
     for (const char* key : {kPositionKey, kPlusZKey, kPlusXKey})
     {

@@ -82,22 +82,14 @@ double QualityEvaluator::CoverageDistance() const
 void QualityEvaluator::AppendCoverageRow(const BaseStationPose& pose, double distance, SensorVisibility* visibility,
                                          PoseVector& poseVector, std::vector<SweepHit>& hits, std::string& text) const
 {
-    SetPoseQuaternion(poseVector, pose.quaternion);
-    if (visibility)
-        visibility->UpdateVisibility(poseVector);
-
+    const PoseSolve solve = SolvePose(visibility, poseVector, pose.quaternion, pose.rotationVector);
+    const size_t visibleCount = solve.visibleCount;
     double positionError = kErrorCeiling;
     double rotationError = kErrorCeiling;
-    const size_t visibleCount = visibility ? visibility->VisibleCount() : 0;
-    if (visibleCount != 0 && visibleCount <= kMaxSensors)
+    if (solve.solvable && solve.observed)
     {
-        SetPoseRotationVector(poseVector, pose.rotationVector);
-        Vector6d variances;
-        if (PoseVariances(*visibility, poseVector, static_cast<int>(2 * visibleCount), variances))
-        {
-            positionError = std::sqrt(variances[0] + variances[1] + variances[2]);
-            rotationError = std::sqrt(variances[3] + variances[4] + variances[5]);
-        }
+        positionError = std::sqrt(solve.variances[0] + solve.variances[1] + solve.variances[2]);
+        rotationError = std::sqrt(solve.variances[3] + solve.variances[4] + solve.variances[5]);
     }
 
     hits.clear();
@@ -145,22 +137,15 @@ void QualityEvaluator::AppendSensitivityRow(const BaseStationPose& pose, const T
     // only its place in the sweep changes.
     const Quaternion<double>& q = pose.quaternion;
     const Triple<double> moved = RotateByUnitQuaternion(q, start);
-    poseVector = {moved[0], moved[1], moved[2], q.w, q.x, q.y, q.z};
-    if (visibility)
-        visibility->UpdateVisibility(poseVector);
-    const Triple<double> rotationVector = RotationVectorFromQuaternion(q);
+    for (int i = 0; i < 3; ++i)
+        poseVector[i] = moved[i];
+    const PoseSolve solve = SolvePose(visibility, poseVector, q, RotationVectorFromQuaternion(q));
 
     Triple<double> errors = {kErrorCeiling, kErrorCeiling, kErrorCeiling};
-    const size_t visibleCount = visibility ? visibility->VisibleCount() : 0;
-    if (visibleCount != 0 && visibleCount <= kMaxSensors)
+    if (solve.solvable && solve.observed)
     {
-        SetPoseRotationVector(poseVector, rotationVector);
-        Vector6d variances;
-        if (PoseVariances(*visibility, poseVector, static_cast<int>(2 * visibleCount), variances))
-        {
-            for (int i = 0; i < 3; ++i)
-                errors[i] = std::sqrt(variances[i]);
-        }
+        for (int i = 0; i < 3; ++i)
+            errors[i] = std::sqrt(solve.variances[i]);
     }
     for (double& error : errors)
     {
@@ -168,35 +153,6 @@ void QualityEvaluator::AppendSensitivityRow(const BaseStationPose& pose, const T
             error = kErrorCeiling;
     }
     AppendFormatted(text, "%lf %lf %lf %lf %lf\n", pose.gridYaw, pose.gridPitch, errors[0], errors[1], errors[2]);
-}
-
-void QualityEvaluator::WriteCoverageReport(FILE* out, FILE* err)
-{
-    const double distance = CoverageDistance();
-    std::vector<SweepHit> hits;
-    std::string row;
-    for (const BaseStationPose& pose : poses_)
-    {
-        row.clear();
-        AppendCoverageRow(pose, distance, visibility_.get(), poseVector_, hits, row);
-        std::fwrite(row.data(), 1, row.size(), out);
-    }
-    WriteUnseenSensors(err);
-}
-
-void QualityEvaluator::WriteSensitivityReport(FILE* out, FILE* err)
-{
-    const Triple<double> start = {poseVector_[0], poseVector_[1], poseVector_[2]};
-    std::string row;
-    for (const BaseStationPose& pose : poses_)
-    {
-        row.clear();
-        AppendSensitivityRow(pose, start, visibility_.get(), poseVector_, row);
-        std::fwrite(row.data(), 1, row.size(), out);
-    }
-    for (int i = 0; i < 3; ++i)
-        poseVector_[i] = start[i];
-    WriteUnseenSensors(err);
 }
 
 } // namespace kelvorig

@@ -41,8 +41,8 @@ BaseStationPose PoseTowardDirection(const Triple<double>& v)
 {
     const Triple<double> up = {0.0, 0.0, 1.0};
     const Triple<double> axis = Cross(v, up);
-    const double cosAngle = v[0] * up[0] + v[1] * up[1] + v[2] * up[2];
-    const double axisSquared = axis[0] * axis[0] + axis[1] * axis[1] + axis[2] * axis[2];
+    const double cosAngle = Dot(v, up);
+    const double axisSquared = Dot(axis, axis);
     const double k = (1.0 - cosAngle) / axisSquared;
 
     // m = I + K + k·K², with K the skew matrix of the axis: Rodrigues without the angle.

@@ -2,6 +2,7 @@
 
 #include "support/angles.h"
 #include "support/random_draws.h"
+#include "support/vector_math.h"
 
 #include <cmath>
 
@@ -89,7 +90,7 @@ void SampleGridPoses(double fullTurn, double step, std::vector<BaseStationPose>&
             const Triple<double>& u = ring[k];
             Triple<double> v;
             for (int i = 0; i < 3; ++i)
-                v[i] = rows[i][0] * u[0] + rows[i][1] * u[1] + rows[i][2] * u[2];
+                v[i] = Dot(rows[i], u);
             BaseStationPose pose = PoseTowardDirection(v);
             pose.gridPitch = ringAngles[k];
             pose.gridYaw = phi;

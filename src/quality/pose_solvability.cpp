@@ -1,6 +1,7 @@
 #include "quality/pose_solvability.h"
 
 #include "quality/sensor_index_lookup.h"
+#include "support/vector_math.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,11 +12,6 @@ namespace {
 constexpr int32_t kMinHitsPerAxis = 4;
 constexpr int32_t kMinHits = 8;
 constexpr uint8_t kBothAxes = 3;
-
-double Dot(const Eigen::Vector3d& a, const Eigen::Vector3d& b)
-{
-    return a.x() * b.x() + a.y() * b.y() + a.z() * b.z();
-}
 
 } // namespace
 
@@ -107,8 +103,7 @@ bool PoseSolvability::FindNonPlanarSet(const std::vector<int32_t>& ids) const
         const Eigen::Vector3d a = points[corner[1]] - p0;
         const Eigen::Vector3d b = points[corner[2]] - p0;
         const Eigen::Vector3d c = points[corner[2]] - points[corner[1]];
-        Eigen::Vector3d normal(a.y() * b.z() - a.z() * b.y(), a.z() * b.x() - a.x() * b.z(),
-                               a.x() * b.y() - a.y() * b.x());
+        Eigen::Vector3d normal = Cross(a, b);
         const double longestSquared = std::max(std::max(Dot(a, a), Dot(b, b)), Dot(c, c));
         const double normalSquared = Dot(normal, normal);
         // The triangle's height over its longest side.

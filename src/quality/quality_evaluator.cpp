@@ -68,36 +68,34 @@ void QualityEvaluator::SetQualityRange(double low, double high)
     scoreOffset_ = -std::tanh(scoreBias_);
 }
 
-size_t QualityEvaluator::VisibleCount() const
+PoseSolve QualityEvaluator::SolvePose(SensorVisibility* visibility, PoseVector& poseVector,
+                                     const Quaternion<double>& q, const Triple<double>& rotationVector) const
 {
-    return visibility_ ? visibility_->VisibleCount() : 0;
-}
+    PoseSolve solve;
+    SetPoseQuaternion(poseVector, q);
+    if (visibility)
+        visibility->UpdateVisibility(poseVector);
+    solve.visibleCount = visibility ? visibility->VisibleCount() : 0;
+    if (solve.visibleCount == 0 || solve.visibleCount > kMaxSensors)
+        return solve;
 
-bool QualityEvaluator::PoseVariances(const SensorVisibility& visibility, const PoseVector& pose, int rows,
-                                     Vector6d& variances) const
-{
+    SetPoseRotationVector(poseVector, rotationVector);
+    const int rows = static_cast<int>(2 * solve.visibleCount);
     ObservationJacobian jacobian = ObservationJacobian::Zero(rows, 6);
     std::array<double, kMaxObservationRows> residuals;
-    const bool observed = BuildObservationJacobian(visibility, pose.data(), rows, residuals.data(), &jacobian);
-    variances = PoseCovarianceDiagonal(jacobian, measurementWeights_);
-    return observed;
+    solve.observed = BuildObservationJacobian(*visibility, poseVector.data(), rows, residuals.data(), &jacobian);
+    solve.variances = PoseCovarianceDiagonal(jacobian, measurementWeights_);
+    solve.solvable = true;
+    return solve;
 }
 
 double QualityEvaluator::PoseTerm(const BaseStationPose& pose)
 {
-    SetPoseQuaternion(poseVector_, pose.quaternion);
-    if (visibility_)
-        visibility_->UpdateVisibility(poseVector_);
-
-    const size_t visibleCount = VisibleCount();
-    if (visibleCount == 0 || visibleCount > kMaxSensors)
+    const PoseSolve solve = SolvePose(visibility_.get(), poseVector_, pose.quaternion, pose.rotationVector);
+    if (!solve.solvable)
         return kFailedPoseCost;
-
-    SetPoseRotationVector(poseVector_, pose.rotationVector);
-    Vector6d variances;
     // note: a sweep that fails leaves J zero, H singular and the error not a number.
-    PoseVariances(*visibility_, poseVector_, static_cast<int>(2 * visibleCount), variances);
-    return TermOfVariances(variances);
+    return TermOfVariances(solve.variances);
 }
 
 double QualityEvaluator::TermOfVariances(const Vector6d& variances) const

@@ -24,6 +24,16 @@ constexpr double kQualityScale = 1000.0;
 class WorkerPool;
 struct SweepHit;
 
+// What solving one pose gives: the sensors seen and, for 1 to kMaxSensors of them, the
+// diagonal of the pose covariance.
+struct PoseSolve
+{
+    size_t visibleCount = 0;
+    bool solvable = false;  // 1 to kMaxSensors sensors visible: `variances` is set
+    bool observed = false;  // and every visible sensor yielded its two angles
+    Vector6d variances;     // metres squared (0 to 2), then radians squared (3 to 5)
+};
+
 // Reduces a sensor layout to one tracking-quality score over sampled orientations (lower
 // is better, 0 to 1000), and writes the analysis reports. Reads the layout by reference, so
 // sensors moved in place count at the next evaluation. At most kMaxSensors sensors, with
@@ -70,14 +80,19 @@ public:
 
     // The analysis tables, one row per pose, on `out`; unseen sensors named on `err`.
     // The coverage report turns the object in place; the sensitivity report carries it
-    // around the base station and restores the translation afterwards.
-    void WriteCoverageReport(FILE* out = stdout, FILE* err = stderr);
-    void WriteSensitivityReport(FILE* out = stdout, FILE* err = stderr);
-    // The same reports, byte for byte, with the rows computed on all workers of `workers`
-    // (each with a visibility state of its own) and written in order. They leave the
-    // evaluator as the one-thread reports do.
+    // around the base station and restores the translation afterwards. The rows are computed
+    // on all workers of `workers` (each with a visibility state of its own) and written in
+    // pose order, so the text is the same for any number of workers; so is the state the
+    // evaluator is left in: everSeen of every pose, visible and poseVector of the last.
     void WriteCoverageReport(WorkerPool& workers, FILE* out = stdout, FILE* err = stderr);
     void WriteSensitivityReport(WorkerPool& workers, FILE* out = stdout, FILE* err = stderr);
+
+    // The pose solve of the score and both reports: puts q in the rotation slots of
+    // `poseVector` (the translation is the caller's), updates `visibility` (null without a
+    // model) and counts the visible sensors; for 1 to kMaxSensors of them puts the rotation
+    // vector in the slots and computes the variances.
+    PoseSolve SolvePose(SensorVisibility* visibility, PoseVector& poseVector, const Quaternion<double>& q,
+                        const Triple<double>& rotationVector) const;
 
     PoseVector& poseVector() { return poseVector_; }
     const PoseVector& poseVector() const { return poseVector_; }
@@ -92,11 +107,6 @@ public:
 
 private:
     void RebuildVisibility();
-    size_t VisibleCount() const;
-    // Diagonal of the pose covariance for the sensors visible in `visibility` at the
-    // translation and rotation vector in `pose`; false when a sensor yields no angles.
-    bool PoseVariances(const SensorVisibility& visibility, const PoseVector& pose, int rows,
-                       Vector6d& variances) const;
     // One row of each report for `pose`, appended to `text`. `visibility` (null without a
     // model), `poseVector` and `hits` are the working state, so that several threads can
     // write rows at once, each with state of its own.

@@ -27,9 +27,9 @@ bool SensorRayTest::IsSensorVisible(const PoseVector& pose) const
     const Triple<double> placed = {rotated[0] + pose[0], rotated[1] + pose[1], rotated[2] + pose[2]};
     const Triple<double> normal = RotateByUnitQuaternion(q, Triple<double>{n.x(), n.y(), n.z()});
 
-    const double distance = std::sqrt(placed[0] * placed[0] + placed[1] * placed[1] + placed[2] * placed[2]);
+    const double distance = std::sqrt(Dot(placed, placed));
     const Triple<double> view = {-placed[0] / distance, -placed[1] / distance, -placed[2] / distance};
-    const double cosIncidence = normal[0] * view[0] + normal[1] * view[1] + normal[2] * view[2];
+    const double cosIncidence = Dot(normal, view);
     // note: a NaN cosine is not refused here; the ray decides.
     if (model->cosMaxIncidence >= cosIncidence)
         return false;

@@ -1,14 +1,11 @@
 #pragma once
 
-#include <array>
+#include "support/vector_math.h"
 
 namespace kelvorig {
 
-// Three numbers of one scalar type: a point or direction, or a rotation vector.
-template <typename Scalar>
-using Triple = std::array<Scalar, 3>;
-
-// A rotation as w, x, y, z, Hamilton convention.
+// A rotation as w, x, y, z, Hamilton convention. The one quaternion type of the code: files
+// that store x, y, z, w convert at their edge.
 template <typename Scalar>
 struct Quaternion
 {
@@ -18,10 +15,12 @@ struct Quaternion
     Scalar z;
 };
 
+// Hamilton product a * b (apply b first, then a).
 template <typename Scalar>
-Triple<Scalar> Cross(const Triple<Scalar>& a, const Triple<Scalar>& b)
+Quaternion<Scalar> Multiply(const Quaternion<Scalar>& a, const Quaternion<Scalar>& b)
 {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+    return {a.w * b.w - a.x * b.x - a.y * b.y - a.z * b.z, a.w * b.x + a.x * b.w + a.y * b.z - a.z * b.y,
+            a.w * b.y - a.x * b.z + a.y * b.w + a.z * b.x, a.w * b.z + a.x * b.y - a.y * b.x + a.z * b.w};
 }
 
 // R(q)·v = v + 2w(u × v) + 2u × (u × v), with u = (x, y, z). The form holds for a unit

@@ -93,14 +93,14 @@ TEST(DeviceConfigReader, ImuOrHeadObjectMakesFormat1AndIgnoresTheRootCalibration
     const DeviceConfig onlyX = ParseOrFail(R"({"device_class": "controller", "imu": {"plus_x": [1, 0, 0]},
         "gyro_bias": [9, 9, 9]})");
     EXPECT_EQ(onlyX.format, 1);
-    EXPECT_EQ(onlyX.trackref_from_imu, kIdentityPoseFloat);
+    EXPECT_EQ(onlyX.trackref_from_imu, kIdentityCalibrationPoseFloat);
     EXPECT_EQ(onlyX.gyro_bias, (TripleFloat{0, 0, 0}));
 
     // A head object alone keeps the root's IMU pose.
     const DeviceConfig onlyHead = ParseOrFail(R"({"device_class": "controller", "head": {},
         "trackref_from_imu": [0, 0, 0, 1, 4, 5, 6], "gyro_bias": [9, 9, 9]})");
     EXPECT_EQ(onlyHead.format, 1);
-    EXPECT_EQ(onlyHead.trackref_from_imu, (PoseFloat{0, 0, 0, 1, 4, 5, 6}));
+    EXPECT_EQ(onlyHead.trackref_from_imu, (CalibrationPoseFloat{0, 0, 0, 1, 4, 5, 6}));
     EXPECT_EQ(onlyHead.gyro_bias, (TripleFloat{0, 0, 0}));
 }
 

@@ -2,6 +2,7 @@
 
 #include "quality/reference_pose_error.h"
 #include "support/captured_files.h"
+#include "support/worker_pool.h"
 
 #include <gtest/gtest.h>
 
@@ -115,7 +116,8 @@ TEST(CoverageReport, RowsMatchIndependentComputation)
     evaluator.SetSurface(nullptr);
     evaluator.SampleAnalysisPoses(kFullTurn, kFifteenDegrees);
     evaluator.poseVector()[2] = -1.5;
-    const auto report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+    WorkerPool one(1);
+    const auto report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(one, out, err); });
 
     const std::vector<std::string> lines = Lines(report.out);
     ASSERT_EQ(lines.size(), evaluator.poses().size());
@@ -186,7 +188,8 @@ TEST(CoverageReport, SolvabilityPercentagesFollowTheCases)
         QualityEvaluator evaluator;
         evaluator.SetModel(layout);
         evaluator.SampleAnalysisPoses(kFullTurn, kQuarterTurn);
-        const auto report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(out, err); });
+        WorkerPool one(1);
+    const auto report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(one, out, err); });
         const std::vector<std::string> lines = Lines(report.out);
         ASSERT_EQ(lines.size(), 15u);
 
@@ -223,7 +226,9 @@ TEST(SensitivityReport, RowsMatchIndependentComputation)
     evaluator.SetModel(layout);
     evaluator.SampleAnalysisPoses(kFullTurn, kFifteenDegrees);
     evaluator.poseVector()[2] = -2.5;
-    const auto report = test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteSensitivityReport(out, err); });
+    WorkerPool one(1);
+    const auto report =
+        test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteSensitivityReport(one, out, err); });
     const std::vector<std::string> lines = Lines(report.out);
     ASSERT_EQ(lines.size(), evaluator.poses().size());
 

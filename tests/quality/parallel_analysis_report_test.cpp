@@ -61,17 +61,15 @@ Report RunReport(const ReportSetup& setup, WorkerPool* workers)
     evaluator.SampleAnalysisPoses(kFullTurn, DegreesToRadians(setup.stepDegrees));
     evaluator.poseVector()[2] = -2.5;
 
+    WorkerPool one(1);
+    WorkerPool& pool = workers ? *workers : one;
     const test::CapturedFiles text = test::CaptureFiles(
         [&](FILE* out, FILE* err)
         {
-            if (setup.sensitivity && workers)
-                evaluator.WriteSensitivityReport(*workers, out, err);
-            else if (setup.sensitivity)
-                evaluator.WriteSensitivityReport(out, err);
-            else if (workers)
-                evaluator.WriteCoverageReport(*workers, out, err);
+            if (setup.sensitivity)
+                evaluator.WriteSensitivityReport(pool, out, err);
             else
-                evaluator.WriteCoverageReport(out, err);
+                evaluator.WriteCoverageReport(pool, out, err);
         });
     return {text.out, text.err, evaluator.poseVector(), evaluator.visibility()->visible,
             evaluator.visibility()->everSeen};
@@ -123,9 +121,10 @@ TEST(ParallelAnalysisReport, EvaluatorWithoutAModelWritesTheSameEmptyRows)
     {
         QualityEvaluator evaluator;
         evaluator.SampleAnalysisPoses(kFullTurn, DegreesToRadians(30.0));
-        const test::CapturedFiles text = test::CaptureFiles(
-            [&](FILE* out, FILE* err)
-            { workers ? evaluator.WriteCoverageReport(*workers, out, err) : evaluator.WriteCoverageReport(out, err); });
+        WorkerPool one(1);
+        WorkerPool& pool = workers ? *workers : one;
+        const test::CapturedFiles text =
+            test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(pool, out, err); });
         return text.out + text.err;
     };
     const std::string reference = write(nullptr);

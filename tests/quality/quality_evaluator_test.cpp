@@ -125,6 +125,7 @@ TEST(QualityEvaluator, TermsMatchIndependentPoseError)
 
 // note: pins the score's arithmetic bit for bit. A faster evaluation (incremental,
 // parallel) must reproduce it exactly; a change here is a change of results.
+// Pinned for the default x86-64 target; other targets may round differently.
 TEST(QualityEvaluator, ScoreIsPinnedBitForBit)
 {
     SensorLayout layout = SpreadLayout();
