@@ -3,35 +3,29 @@
 namespace kelvorig {
 namespace {
 
-// Adds sign·(aaᵀ + bbᵀ) to the packed triangle and sign·a, sign·b to the sums.
-void Accumulate(PoseInformation& totals, const SensorRows& rows, double sign)
-{
-    const double* a = rows.data();
-    const double* b = rows.data() + 6;
-    int k = 0;
-    for (int i = 0; i < 6; ++i)
-    {
-        for (int j = i; j < 6; ++j)
-            totals.gram[k++] += sign * (a[i] * a[j] + b[i] * b[j]);
-        totals.firstSum[i] += sign * a[i];
-        totals.secondSum[i] += sign * b[i];
-    }
-}
+// Stands in for a sensor that is not there.
+constexpr SensorRows kNoRows = {};
 
 } // namespace
 
 void PoseInformation::Add(const SensorRows& rows)
 {
-    Accumulate(*this, rows, 1.0);
+    Update(*this, nullptr, &rows);
 }
 
 void PoseInformation::Update(const PoseInformation& from, const SensorRows* removed, const SensorRows* added)
 {
-    *this = from;
-    if (removed != nullptr)
-        Accumulate(*this, *removed, -1.0);
-    if (added != nullptr)
-        Accumulate(*this, *added, 1.0);
+    // One pass, first angles in the first six partials and second angles in the last six.
+    const double* r = removed != nullptr ? removed->data() : kNoRows.data();
+    const double* a = added != nullptr ? added->data() : kNoRows.data();
+    int k = 0;
+    for (int i = 0; i < 6; ++i)
+    {
+        for (int j = i; j < 6; ++j, ++k)
+            gram[k] = from.gram[k] - (r[i] * r[j] + r[6 + i] * r[6 + j]) + (a[i] * a[j] + a[6 + i] * a[6 + j]);
+        firstSum[i] = from.firstSum[i] - r[i] + a[i];
+        secondSum[i] = from.secondSum[i] - r[6 + i] + a[6 + i];
+    }
 }
 
 Matrix6d PoseInformation::Information(double ownWeight, double sharedWeight) const
