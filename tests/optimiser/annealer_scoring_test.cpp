@@ -58,9 +58,14 @@ TEST(AnnealerScoring, IncrementalScoresEveryMoveAsTheReference)
     const AnnealRecord reference = Anneal(SensorPlacementAnnealer::Scoring::Reference, 1);
     ASSERT_EQ(reference.scores.size(), 1u + 12u * 16u);
 
+    std::vector<double> oneThread;
     for (const int32_t threads : {1, 2})
     {
         const AnnealRecord fast = Anneal(SensorPlacementAnnealer::Scoring::Incremental, threads);
+        // Whatever the number of threads, the same scores exactly.
+        if (oneThread.empty())
+            oneThread = fast.scores;
+        EXPECT_EQ(fast.scores, oneThread);
         ASSERT_EQ(fast.scores.size(), reference.scores.size()) << threads;
         for (size_t move = 0; move < reference.scores.size(); ++move)
             ASSERT_NEAR(fast.scores[move], reference.scores[move], 1e-9 * reference.scores[move])
