@@ -13,7 +13,7 @@ namespace kelvorig {
 class WorkerPool;
 
 // The score of QualityEvaluator::EvaluateQuality for a layout in which one sensor moves at a
-// time, to rounding (about 1e-12 relative). Per pose it keeps each visible sensor's two
+// time, to rounding (about 1e-14 relative). Per pose it keeps each visible sensor's two
 // Jacobian rows and running totals of JᵀJ and of the two row sums, from which the pose's
 // information matrix follows directly; a move replaces the moved sensor's rows in those
 // totals, at the poses that see it before or after, and solves only those poses again. The
