@@ -29,7 +29,7 @@ class SensorPlacementAnnealer
 public:
     // How Anneal scores its moves. Incremental keeps per-pose state and recomputes only what
     // the moved sensor changes, on the workers of UseWorkers (else on the calling thread);
-    // Reference calls EvaluateQuality for every move. The scores are the same, bit for bit.
+    // Reference calls EvaluateQuality for every move. The scores agree to rounding.
     enum class Scoring
     {
         Incremental,

@@ -8,15 +8,6 @@
 #include <limits>
 
 namespace kelvorig {
-namespace {
-
-// Lift of the ray's origin off the surface along the sensor normal, and the nearest hit
-// that counts, metres: together they keep the facet under the sensor from blocking it.
-constexpr double kRayLift = 0.001;
-constexpr float kRayNear = 0.0001f;
-
-} // namespace
-
 bool SensorRayTest::IsSensorVisible(const PoseVector& pose) const
 {
     const Eigen::Vector3d& p = model->positions[sensorIndex];

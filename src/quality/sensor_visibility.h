@@ -12,6 +12,11 @@ namespace kelvorig {
 
 class TrackedSurface;
 
+// Lift of the ray's origin off the surface along the sensor normal, and the nearest hit
+// that counts, metres: together they keep the facet under the sensor from blocking it.
+constexpr double kRayLift = 0.001;
+constexpr float kRayNear = 0.0001f;
+
 // Whether one sensor sees the base station: within its incidence limit, and with no part
 // of the surface or obstacles in between. Reads the sensor from the layout at each test,
 // so a sensor moved in place counts at once.

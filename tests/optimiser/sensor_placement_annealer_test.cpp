@@ -131,7 +131,8 @@ TEST(SensorPlacementAnnealer, LocalMovesFollowTheNormalMoreTightlyAsTemperatureF
 TEST(SensorPlacementAnnealer, AnnealMatchesTheScheduleWrittenOut)
 {
     // Two identical set-ups: one runs Anneal, the other the schedule spelled out here with
-    // the same moves, so every acceptance, undo and new best must agree bit for bit.
+    // the same moves, so every acceptance, undo and new best must agree. Anneal scores
+    // incrementally, which agrees with EvaluateQuality to rounding, not bit for bit.
     test::MeshSurface boxA;
     test::MeshSurface boxB;
     PlacementLayout a = SeatedLayout(boxA.surface(), 5, 1);
@@ -180,7 +181,7 @@ TEST(SensorPlacementAnnealer, AnnealMatchesTheScheduleWrittenOut)
     EXPECT_EQ(result.channelMap, (std::vector<int32_t>{0, 1, 2, 3, 4}));
     EXPECT_EQ(result.modelPoints, bestModel.modelPoints);
     EXPECT_EQ(result.modelNormals, bestModel.modelNormals);
-    EXPECT_EQ(annealerA.snapshotScore(), best);
+    EXPECT_NEAR(annealerA.snapshotScore(), best, 1e-9 * best);
     EXPECT_EQ(a.positions, b.positions);
     EXPECT_EQ(a.normals, b.normals);
 }

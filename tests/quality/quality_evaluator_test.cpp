@@ -123,8 +123,8 @@ TEST(QualityEvaluator, TermsMatchIndependentPoseError)
     EXPECT_EQ(evaluator.EvaluateQuality(), evaluator.scoreScale() * sum);
 }
 
-// note: pins the score's arithmetic bit for bit. A faster evaluation (incremental,
-// parallel) must reproduce it exactly; a change here is a change of results.
+// note: pins the score's arithmetic bit for bit; a change here is a change of results. The
+// incremental evaluation agrees with it to rounding (its own test compares them).
 // Pinned for the default x86-64 target; other targets may round differently.
 TEST(QualityEvaluator, ScoreIsPinnedBitForBit)
 {
