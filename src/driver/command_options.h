@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,8 @@ struct CommandOptions
     double qualityHigh = -1.0;
     double srbTiltRadians = 0.0;
     int32_t threads = 0;  // workers of the anneal and the analysis; 0: one per logical processor
+    std::optional<int64_t> seed;  // run seed of the varying engines, 0 to 4294967295; none: time and process id
+    int32_t restarts = 1;         // independent anneals, the best kept
 };
 
 } // namespace kelvorig

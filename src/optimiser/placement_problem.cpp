@@ -13,7 +13,7 @@ PlacementProblem::PlacementProblem(int32_t nSensors, TrackedSurface& surface) : 
 {
 }
 
-void PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
+void PlacementProblem::PlaceInitialSensors(PlacementLayout& layout, RandomEngine& seatEngine)
 {
     constexpr int kCandidates = 20;
     // note: kept across slots; if every candidate of a slot coincides with a placed sensor,
@@ -33,7 +33,7 @@ void PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
         {
             Eigen::Vector3f position;
             Eigen::Vector3f normal;
-            surface.SampleSeat(position, normal);
+            surface.SampleSeat(position, normal, seatEngine);
 
             float distance = 9999.0f;
             for (size_t j = 0; j < i; ++j)
@@ -59,22 +59,38 @@ void PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
     }
 }
 
+void PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
+{
+    PlaceInitialSensors(layout, surface.engine());
+}
+
 TrackedObjectModel PlacementProblem::Solve()
 {
     PlacementLayout layout(nSensors);
     layout.cosMaxIncidence = std::cos(DegreesToRadians(incidenceLimitDegrees));
     if (model != nullptr)
         layout.CopyImmutableSensors(*model);
-    PlaceInitialSensors(layout);
+    std::optional<RandomEngine> ownSeatEngine;
+    if (seatSeed)
+        ownSeatEngine.emplace(*seatSeed);
+    RandomEngine& seatEngine = ownSeatEngine ? *ownSeatEngine : surface.engine();
+    PlaceInitialSensors(layout, seatEngine);
 
     SensorPlacementAnnealer annealer(layout, surface, nIterations, nOrientations, coolingRate, qualityLow, qualityHigh,
                                      annealerSeed);
     if (workers != nullptr)
         annealer.UseWorkers(*workers);
-    std::cerr << "anneal duration: " << annealer.ExpectedMoveCount() << '\n';
+    annealer.DrawSeatsWith(seatEngine);
+    if (stopRequest != nullptr)
+        annealer.StopWhen(*stopRequest);
+    annealer.ShowProgress(showProgress);
+    if (showProgress)
+        std::cerr << "anneal duration: " << annealer.ExpectedMoveCount() << '\n';
 
     TrackedObjectModel result = annealer.Anneal();
     finalQuality = annealer.snapshotScore();
+    movesMade = annealer.movesMade();
+    movesPlanned = annealer.PlannedMoveCount();
     return result;
 }
 

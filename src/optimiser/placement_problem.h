@@ -1,8 +1,10 @@
 #pragma once
 
 #include "config/sensor_model.h"
+#include "geometry/random_draws.h"
 #include "optimiser/placement_layout.h"
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 
@@ -29,16 +31,23 @@ struct PlacementProblem
     TrackedSurface& surface;
     std::optional<uint32_t> annealerSeed;  // fixes the choice of moves (tests, benchmarks)
     WorkerPool* workers = nullptr;         // scores moves on these; null: the calling thread
+    std::optional<uint32_t> seatSeed;      // seats drawn from an engine of this seed; none: the surface's
+    const std::atomic<bool>* stopRequest = nullptr;  // true: the anneal stops after the move under way
+    bool showProgress = true;              // the duration line, dots and new best scores on stderr
+    int64_t movesMade = 0;                 // result: moves Solve made, fewer than planned when stopped
+    int64_t movesPlanned = 0;              // result: moves of the whole schedule
 
     PlacementProblem(int32_t nSensors, TrackedSurface& surface);
 
     // Seats the movable sensors by best-candidate sampling, anneals, and returns the best
     // layout with ids 0..nSensors-1 (immutable sensors first). Prints progress on standard
-    // error. Sets finalQuality.
+    // error unless showProgress is off. Sets finalQuality, movesMade and movesPlanned.
     TrackedObjectModel Solve();
 
     // Fills the slots from layout.immutableCount on, each with the one of 20 random seats
-    // that lies farthest from every sensor already placed.
+    // that lies farthest from every sensor already placed; seats come from `seatEngine`, or
+    // from the surface's own engine.
+    void PlaceInitialSensors(PlacementLayout& layout, RandomEngine& seatEngine);
     void PlaceInitialSensors(PlacementLayout& layout);
 };
 
