@@ -1,5 +1,3 @@
-#include "driver/command_line.h"
-
 #include "support/cli_runner.h"
 #include "support/test_meshes.h"
 
@@ -81,31 +79,23 @@ TEST(RepeatableRun, TheSameSeedWritesTheSameFilesAtAnyThreadCount)
 {
     const BoxRun box;
     const RunFiles one = RunAndRead(box, {"/seed", "7", "/threads", "1"});
-    const RunFiles two = RunAndRead(box, {"/seed", "7", "/threads", "2"});
-    EXPECT_EQ(one.json, two.json);
-    EXPECT_EQ(one.scad, two.scad);
-    EXPECT_EQ(one.result.out, two.result.out);
     EXPECT_EQ(Lines(one.json).at(1), "// Seed: 7");
     EXPECT_EQ(Lines(one.scad).at(1), "/* Seed: 7 */");
-
-    // /restarts 1 changes nothing at all.
-    const RunFiles single = RunAndRead(box, {"/seed", "7", "/restarts", "1", "/threads", "2"});
-    EXPECT_EQ(single.json, two.json);
-    EXPECT_EQ(single.scad, two.scad);
-    EXPECT_EQ(single.result.out, two.result.out);
-    EXPECT_EQ(single.result.err, two.result.err);
-
+    // Two threads, and /restarts 1 as well, change nothing at all.
+    for (const RunFiles& same : {RunAndRead(box, {"/seed", "7", "/threads", "2"}),
+                                 RunAndRead(box, {"/seed", "7", "/restarts", "1"})})
+    {
+        EXPECT_EQ(same.json, one.json);
+        EXPECT_EQ(same.scad, one.scad);
+        EXPECT_EQ(same.result.out, one.result.out);
+        EXPECT_EQ(same.result.err, one.result.err);
+    }
     const RunFiles other = RunAndRead(box, {"/seed", "8"});
     EXPECT_NE(other.json.substr(other.json.find('{')), one.json.substr(one.json.find('{')));
-
-    // The file reads back as a model, seed line and all, and no temporary file is left.
-    const CliResult analysis = RunKelvorig({"/model", box.json, "/angleresolutiondegrees", "30"});
-    EXPECT_EQ(analysis.status, 0) << analysis.err;
-    EXPECT_FALSE(analysis.out.empty());
     for (const auto& entry : std::filesystem::directory_iterator(box.dir.path()))
         EXPECT_NE(entry.path().extension(), ".tmp");
 
-    // The seats of /verifycoverage repeat as well.
+    // The seats of /verifycoverage repeat too.
     const std::vector<std::string> coverage = {"/verifycoverage", "30", "/sensors", box.surface, "/outscad", box.scad,
                                                "/seed", "3"};
     ASSERT_EQ(RunKelvorig(coverage).status, 0);
@@ -142,36 +132,45 @@ TEST(RepeatableRun, RestartsKeepTheBestOfTheSingleRunsWithTheirSeeds)
     EXPECT_EQ(err, expectedErr);
 }
 
-TEST(RepeatableRun, AnOutputThatCannotBeWrittenEndsTheRunBeforeTheReport)
+// Unwritable outputs end the run before the report; seeds and counts out of range are refused.
+TEST(RepeatableRun, RefusalsHaveTheirMessages)
 {
     const BoxRun box;
     const std::string missing = box.dir.File("missing/out");
+    const std::string noFile = ": No such file or directory\n";
+    const std::string badSeed = ": the seed must be a whole number from 0 to 4294967295\n";
     const struct
     {
         std::vector<std::string> arguments;
-        std::string path;
+        std::string message;
     } cases[] = {
-        {box.Generate({"/outmodel", missing + ".json"}), missing + ".json"},
-        {box.Generate({"/outscad", missing + ".scad"}), missing + ".scad"},
-        {box.Generate({"/outmodel", box.dir.path()}), box.dir.path()},
-        {{"/verifycoverage", "5", "/sensors", box.surface, "/outscad", missing + ".scad"}, missing + ".scad"},
+        {box.Generate({"/outmodel", missing + ".json"}), "cannot write " + missing + ".json" + noFile},
+        {box.Generate({"/outscad", missing + ".scad"}), "cannot write " + missing + ".scad" + noFile},
+        {box.Generate({"/outmodel", box.dir.path()}), "cannot write " + box.dir.path() + ": Is a directory\n"},
+        {{"/verifycoverage", "5", "/sensors", box.surface, "/outscad", missing}, "cannot write " + missing + noFile},
+        {box.Generate({"/seed", "-1"}), "/seed -1" + badSeed},
+        {box.Generate({"/seed", "4294967296"}), "/seed 4294967296" + badSeed},
+        {box.Generate({"/restarts", "0"}), "/restarts 0: the count must be 1 or more\n"},
     };
     for (const auto& c : cases)
     {
         const CliResult result = RunKelvorig(c.arguments);
-        EXPECT_EQ(result.status, 1) << c.path;
-        EXPECT_EQ(result.out, "") << c.path;
-        const std::string reason = c.path == box.dir.path() ? "Is a directory" : "No such file or directory";
-        const std::string message = "cannot write " + c.path + ": " + reason + "\n";
-        EXPECT_TRUE(result.err.ends_with(message)) << result.err;
+        EXPECT_EQ(result.status, 1) << c.message;
+        EXPECT_EQ(result.out, "") << c.message;
+        EXPECT_TRUE(result.err.ends_with(c.message)) << result.err;
     }
+    const std::string usage = RunKelvorig({}).err;
+    EXPECT_EQ(usage.find("/seed"), std::string::npos);
+    EXPECT_EQ(usage.find("/restarts"), std::string::npos);
 }
 
-// Starts the binary with its streams in files and, once standard error holds `ready` (or the
-// output file `readyFile` exists), sends `signal`. Returns the exit status; -1 on a timeout.
+// Starts the binary with standard error in `errPath` and sends `signal` once that holds `ready`,
+// or, for a `ready` that is an absolute path, once that file exists. Returns the exit status;
+// -1 on a timeout.
 int InterruptWhen(const std::vector<std::string>& arguments, const std::string& errPath, const std::string& ready,
-                  const std::string& readyFile, int signal)
+                  int signal)
 {
+    const bool readyIsFile = ready.starts_with('/');
     test::WriteFile(errPath, "");  // nothing of an earlier run may count as ready
     const pid_t child = fork();
     if (child == 0)
@@ -187,20 +186,16 @@ int InterruptWhen(const std::vector<std::string>& arguments, const std::string& 
         execv(binary.c_str(), argv.data());
         _exit(127);
     }
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(120);
-    bool sent = false;
     int status = 0;
-    while (std::chrono::steady_clock::now() < deadline)
+    bool sent = false;
+    for (int wait = 0; wait < 6000; ++wait)  // 2 minutes
     {
         if (waitpid(child, &status, WNOHANG) == child)
             return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        const bool isReady = readyFile.empty() ? ReadFile(errPath).find(ready) != std::string::npos
-                                               : std::filesystem::exists(readyFile);
+        const bool isReady =
+            readyIsFile ? std::filesystem::exists(ready) : ReadFile(errPath).find(ready) != std::string::npos;
         if (!sent && isReady)
-        {
-            kill(child, signal);
-            sent = true;
-        }
+            sent = kill(child, signal) == 0;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     kill(child, SIGKILL);
@@ -208,78 +203,47 @@ int InterruptWhen(const std::vector<std::string>& arguments, const std::string& 
     return -1;
 }
 
-TEST(RepeatableRun, AnInterruptedAnnealWritesTheBestLayoutSoFar)
+TEST(RepeatableRun, AnInterruptedRunWritesTheBestLayoutSoFarAndSkipsTheReport)
 {
     const BoxRun box;
     const std::string errPath = box.dir.File("err.txt");
     const struct
     {
-        std::vector<std::string> more;
-        std::string ready;  // progress on stderr that shows the anneal under way
+        std::vector<std::string> arguments;
+        std::string ready;  // what shows that the run is where the signal should find it
         int signal;
     } cases[] = {
-        {{"/seed", "5"}, "....", SIGINT},
-        {{"/restarts", "3", "/seed", "5"}, "anneal duration: ", SIGTERM},
+        // Far more moves than can run before the signal.
+        {box.Generate({"/seed", "5"}, "100000"), "....", SIGINT},
+        {box.Generate({"/restarts", "3", "/seed", "5"}, "100000"), "anneal duration: ", SIGTERM},
+        // During the report the files are complete, and stay as they are.
+        {box.Generate({"/seed", "5", "/angleresolutiondegrees", "0.05"}), box.json, SIGINT},
     };
     for (const auto& c : cases)
     {
-        // Far more moves than can run before the signal.
-        ASSERT_EQ(InterruptWhen(box.Generate(c.more, "100000"), errPath, c.ready, "", c.signal), 130);
+        std::filesystem::remove(box.json);
+        ASSERT_EQ(InterruptWhen(c.arguments, errPath, c.ready, c.signal), 130);
         const std::vector<std::string> json = Lines(ReadFile(box.json));
         ASSERT_GE(json.size(), 4u);
         // Of the restarts, the second may have begun and done better.
         EXPECT_TRUE(json[1] == "// Seed: 5" || json[1] == "// Seed: 6") << json[1];
+        const CliResult analysis = RunKelvorig({"/model", box.json, "/angleresolutiondegrees", "30"});
+        EXPECT_EQ(analysis.status, 0) << analysis.err;
+        if (c.ready == box.json)
+        {
+            EXPECT_EQ(json[2], "{");
+            continue;
+        }
+
         const std::string interrupted = json[2].substr(3);
-        EXPECT_TRUE(interrupted.starts_with("Interrupted after ")) << interrupted;
-        EXPECT_TRUE(interrupted.ends_with(" moves")) << interrupted;
         EXPECT_EQ(Lines(ReadFile(box.scad)).at(2), "/* " + interrupted + " */");
         EXPECT_TRUE(ReadFile(errPath).ends_with(interrupted + "\n"));
         long long made = 0;
         long long planned = 0;
-        ASSERT_EQ(std::sscanf(interrupted.c_str(), "Interrupted after %lld of %lld moves", &made, &planned), 2);
+        ASSERT_EQ(std::sscanf(interrupted.c_str(), "Interrupted after %lld of %lld moves", &made, &planned), 2)
+            << interrupted;
         EXPECT_LT(made, planned);
-
-        const CliResult analysis = RunKelvorig({"/model", box.json, "/angleresolutiondegrees", "30"});
-        EXPECT_EQ(analysis.status, 0) << analysis.err;
     }
-}
-
-TEST(RepeatableRun, AnInterruptedReportKeepsTheFiles)
-{
-    const BoxRun box;
-    std::vector<std::string> arguments = box.Generate({"/seed", "5", "/angleresolutiondegrees", "0.05"});
-    const std::string errPath = box.dir.File("err.txt");
-    ASSERT_EQ(InterruptWhen(arguments, errPath, "", box.json, SIGINT), 130);
-    const std::string json = ReadFile(box.json);
-    EXPECT_EQ(Lines(json).at(1), "// Seed: 5");
-    EXPECT_EQ(json.find("Interrupted"), std::string::npos);
-    EXPECT_TRUE(json.ends_with("}\n\n"));
-}
-
-TEST(RepeatableRun, RefusesSeedsAndCountsOutOfRange)
-{
-    const struct
-    {
-        std::vector<std::string> arguments;
-        const char* message;
-    } cases[] = {
-        {{"/seed", "-1"}, "/seed -1: the seed must be a whole number from 0 to 4294967295\n"},
-        {{"/seed", "4294967296"}, "/seed 4294967296: the seed must be a whole number from 0 to 4294967295\n"},
-        {{"/restarts", "0"}, "/restarts 0: the count must be 1 or more\n"},
-        {{"/seed", "4294967295", "/restarts", "2"}, ""},
-    };
-    for (const auto& c : cases)
-    {
-        CommandOptions options;
-        options.modelPath = "m.json";
-        testing::internal::CaptureStderr();
-        const bool read = ReadCommandLine(c.arguments, options);
-        EXPECT_EQ(read && CheckCommandLine(options, !read), *c.message == '\0');
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), c.message);
-    }
-    const std::string usage = RunKelvorig({}).err;
-    EXPECT_EQ(usage.find("/seed"), std::string::npos);
-    EXPECT_EQ(usage.find("/restarts"), std::string::npos);
 }
 
 } // namespace
