@@ -59,6 +59,17 @@ bool ScanInt(const std::string& text, int32_t& value)
     return true;
 }
 
+bool ScanInt64(const std::string& text, int64_t& value)
+{
+    const char* begin = text.c_str();
+    char* end = nullptr;
+    const long long number = std::strtoll(begin, &end, 10);  // saturates when out of range
+    if (end == begin)
+        return false;
+    value = number;
+    return true;
+}
+
 bool ScanDouble(const std::string& text, double& value)
 {
     const char* begin = text.c_str();
@@ -148,6 +159,15 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, CommandOptions& 
             options.baseStationSensitivity = true;
         else if (is("/threads", 1))
             argumentError = !ScanInt(arguments[++i], options.threads);
+        else if (is("/seed", 1))
+        {
+            int64_t seed = 0;
+            argumentError = !ScanInt64(arguments[++i], seed);
+            if (!argumentError)
+                options.seed = seed;
+        }
+        else if (is("/restarts", 1))
+            argumentError = !ScanInt(arguments[++i], options.restarts);
         else
         {
             std::fprintf(stderr, "Unrecognized command line switch [ %s ].\n", argument.c_str());
@@ -184,6 +204,17 @@ bool CheckCommandLine(const CommandOptions& options, bool argumentError)
     {
         std::fprintf(stderr, "/threads %d: the count must be 0 (one per logical processor) or more\n",
                      options.threads);
+        return false;
+    }
+    if (options.seed && (*options.seed < 0 || *options.seed > UINT32_MAX))
+    {
+        std::fprintf(stderr, "/seed %lld: the seed must be a whole number from 0 to 4294967295\n",
+                     static_cast<long long>(*options.seed));
+        return false;
+    }
+    if (options.restarts < 1)
+    {
+        std::fprintf(stderr, "/restarts %d: the count must be 1 or more\n", options.restarts);
         return false;
     }
     if (options.generate && options.nSensors > kMaxEvaluatedSensors)

@@ -21,6 +21,7 @@ bool CheckCommandLine(const CommandOptions& options, bool argumentError);
 // Leading-number scans with the syntax of "%d" and "%lf": text behind the number is
 // ignored. On false the value is left as it was.
 bool ScanInt(const std::string& text, int32_t& value);
+bool ScanInt64(const std::string& text, int64_t& value);
 bool ScanDouble(const std::string& text, double& value);
 
 } // namespace kelvorig

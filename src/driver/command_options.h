@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,8 @@ struct CommandOptions
     };
     Tool tool = Tool::kNone;
     std::vector<std::string> toolArguments;
+    std::optional<int64_t> seed;  // run seed of the varying engines, 0 to 4294967295; none: time and process id
+    int32_t restarts = 1;         // independent anneals, the best kept
 };
 
 } // namespace kelvorig

@@ -1,9 +1,11 @@
 #include "driver/coverage_run.h"
 
 #include "cad/scad_writer.h"
+#include "driver/output_file.h"
 #include "model/sensor_model.h"
+#include "optimiser/anneal_restarts.h"
 
-#include <fstream>
+#include <optional>
 
 namespace kelvorig {
 
@@ -11,19 +13,24 @@ int RunCoverage(const CommandOptions& options, TrackedSurface& surface)
 {
     // Seats only: no channel map, not valid, so the drawing shows bare positions.
     TrackedObjectModel model;
+    // With /seed the seats repeat from run to run: they come from an engine seeded as a
+    // generate run's seat engine is.
+    std::optional<RandomEngine> seeded;
+    if (options.seed)
+        seeded.emplace(SeatSeedOf(static_cast<uint32_t>(*options.seed)));
+    RandomEngine& engine = seeded ? *seeded : surface.engine();
     for (int32_t i = 0; i < options.verifyCoverage; ++i)
     {
         Eigen::Vector3f position;
         Eigen::Vector3f normal;
-        if (!surface.SampleSeat(position, normal))
+        if (!surface.SampleSeat(position, normal, engine))
             return 1;
         model.modelPoints.push_back(position);
         model.modelNormals.push_back(normal);
     }
-    std::ofstream out(options.outScadPath, std::ios::out | std::ios::trunc);
-    out << WriteScadFile(model, surface.surfacePath(), surface.obstaclePaths(), surface.unitScale(),
-                         options.withScadNormals);
-    return 0;
+    const std::string text = WriteScadFile(model, surface.surfacePath(), surface.obstaclePaths(),
+                                           surface.unitScale(), options.withScadNormals);
+    return WriteOutputFile(options.outScadPath, text) ? 0 : 1;
 }
 
 } // namespace kelvorig

@@ -2,7 +2,10 @@
 
 #include "cad/scad_writer.h"
 #include "driver/analysis_run.h"
+#include "driver/interrupt_signal.h"
+#include "driver/output_file.h"
 #include "driver/thread_priority.h"
+#include "optimiser/anneal_restarts.h"
 #include "optimiser/placement_problem.h"
 #include "optimiser/sensor_placement_annealer.h"
 #include "quality/orientation_sampling.h"
@@ -10,10 +13,14 @@
 
 #include <json/writer.h>
 
+#include <atomic>
 #include <cmath>
-#include <fstream>
+#include <cstdlib>
 #include <iostream>
 #include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace kelvorig {
 
@@ -36,15 +43,28 @@ bool CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSe
 
 namespace {
 
-// Anneals, writes the requested files, and returns the result as a layout; nothing when the
-// surface offers no seat (said on standard error). The model and its JSON text end here,
-// before the report starts.
+// The comment lines that follow the score line in both files: the run seed, when the run has
+// one that repeats it, and how far an interrupted anneal got.
+std::vector<std::string> RunNotes(const AnnealOutcome& outcome)
+{
+    std::vector<std::string> notes;
+    if (outcome.seed)
+        notes.push_back("Seed: " + std::to_string(*outcome.seed));
+    if (outcome.movesMade < outcome.movesPlanned)
+        notes.push_back("Interrupted after " + std::to_string(outcome.movesMade) + " of " +
+                        std::to_string(outcome.movesPlanned) + " moves");
+    return notes;
+}
+
+// Anneals, writes the requested files, and returns the result as a layout; none when the surface
+// offers no seat or a file could not be written (both said on standard error). The model and
+// its JSON text end here, before the report starts.
 std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const SensorLayout* immutableSensors,
-                            TrackedSurface& surface, WorkerPool& workers)
+                                           TrackedSurface& surface, WorkerPool& workers,
+                                           const std::atomic<bool>& stopRequest)
 {
     PlacementProblem problem(options.nSensors, surface);
     problem.model = immutableSensors;
-    problem.workers = &workers;
     problem.nOrientations = options.nOrientations;
     problem.nIterations = options.nIterations;
     problem.coolingRate = options.coolingRate;
@@ -56,30 +76,44 @@ std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const 
         problem.qualityLow = options.qualityLow;
         problem.qualityHigh = options.qualityHigh;
     }
+    problem.stopRequest = &stopRequest;
 
-    const std::optional<TrackedObjectModel> solved = problem.Solve();
-    if (!solved)
+    std::optional<uint32_t> seed;
+    if (options.seed)
+        seed = static_cast<uint32_t>(*options.seed);
+    const std::optional<AnnealOutcome> outcome = AnnealBestOf(problem, options.restarts, seed, workers);
+    if (!outcome)
         return std::nullopt;
-    const TrackedObjectModel& model = *solved;
+    const TrackedObjectModel& model = outcome->model;
     const std::string json = Json::StyledWriter().write(model.ModelToJson());
+    const std::vector<std::string> notes = RunNotes(*outcome);
 
+    bool written = true;
     if (!options.outScadPath.empty())
     {
-        std::ofstream scad(options.outScadPath, std::ios::trunc);
-        scad << "/* Final Quality Score: " << problem.finalQuality << " / " << kQualityScale
-             << " (lower is better) */\n"
-             << "/*\n"
+        std::ostringstream scad;
+        scad << "/* Final Quality Score: " << outcome->score << " / " << kQualityScale << " (lower is better) */\n";
+        for (const std::string& note : notes)
+            scad << "/* " << note << " */\n";
+        scad << "/*\n"
              << json << "*/\n\n"
              << WriteScadFile(model, surface.surfacePath(), surface.obstaclePaths(), surface.unitScale(),
                               options.withScadNormals);
+        written = WriteOutputFile(options.outScadPath, scad.str()) && written;
     }
     if (!options.outModelPath.empty())
     {
-        std::ofstream file(options.outModelPath, std::ios::trunc);
-        file << "// Final Quality Score: " << problem.finalQuality << " / " << kQualityScale
-             << " (lower is better)\n"
-             << json << '\n';
+        std::ostringstream file;
+        file << "// Final Quality Score: " << outcome->score << " / " << kQualityScale << " (lower is better)\n";
+        for (const std::string& note : notes)
+            file << "// " << note << '\n';
+        file << json << '\n';
+        written = WriteOutputFile(options.outModelPath, file.str()) && written;
     }
+    if (outcome->movesMade < outcome->movesPlanned)
+        std::cerr << notes.back() << '\n';
+    if (!written)
+        return std::nullopt;
     return SensorLayout(model, kIdentityTransform);
 }
 
@@ -91,13 +125,16 @@ int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSens
     // The report that ends the run would refuse this step; refuse it before the anneal.
     if (!CheckAnalysisStep(options))
         return 1;
+    const std::atomic<bool>& stopRequest = CatchInterrupts();
     LowerThreadPriority();
     // Started after the priority drop, so that the workers run at the lowered priority too.
     WorkerPool workers(options.threads);
     surface.SetMaxSurfaceAngle(options.maxSurfaceAngle);
-    std::optional<SensorLayout> result = AnnealAndWrite(options, immutableSensors, surface, workers);
+    std::optional<SensorLayout> result = AnnealAndWrite(options, immutableSensors, surface, workers, stopRequest);
     if (!result)
         return 1;
+    if (!BeginReportUnlessInterrupted())
+        return kInterruptedStatus;
     return RunAnalysis(options, *result, &surface, evaluator, workers);
 }
 

@@ -2,8 +2,9 @@
 
 #include "cad/scad_writer.h"
 #include "config/model_file.h"
+#include "driver/output_file.h"
 
-#include <fstream>
+#include <sstream>
 
 namespace kelvorig {
 
@@ -15,15 +16,14 @@ int RunModelDrawing(const CommandOptions& options, const TrackedSurface* surface
     if (!ReadModel(options.modelPath, model))
         return 1;
 
-    // Like every output file, it isn't checked after opening.
-    std::ofstream out(options.outScadPath, std::ios::binary | std::ios::trunc);
+    std::ostringstream out;
     out << "/* From " << options.modelPath << "*/\n\n";
     if (surface != nullptr)
         out << WriteScadFile(model, surface->surfacePath(), surface->obstaclePaths(), surface->unitScale(),
                              options.withScadNormals);
     else
         out << WriteScadFile(model, std::string(), {}, 1.0, options.withScadNormals);
-    return 0;
+    return WriteOutputFile(options.outScadPath, out.str()) ? 0 : 1;
 }
 
 } // namespace kelvorig

@@ -56,11 +56,11 @@ void TrackedSurface::SetMaxSurfaceAngle(double degrees)
     cosMaxSurfaceAngle_ = static_cast<float>(std::cos(DegreesToRadians(degrees)));
 }
 
-int32_t TrackedSurface::PickTriangle()
+int32_t TrackedSurface::PickTriangle(RandomEngine& rng) const
 {
     if (cumulativeArea_.empty())
         return 0;
-    const double place = areaPick_.Draw(rng_);
+    const double place = areaPick_.Draw(rng);
     const auto first = std::upper_bound(cumulativeArea_.begin(), cumulativeArea_.end(), place);
     // note: only a not-a-number area (from such coordinates) can run past the end.
     const auto index = std::min<ptrdiff_t>(first - cumulativeArea_.begin(),
@@ -68,10 +68,10 @@ int32_t TrackedSurface::PickTriangle()
     return static_cast<int32_t>(index);
 }
 
-Eigen::Vector3f TrackedSurface::SamplePoint(int32_t triangle)
+Eigen::Vector3f TrackedSurface::SamplePoint(int32_t triangle, RandomEngine& rng) const
 {
-    float a = unitPick_.Draw(rng_);
-    float b = unitPick_.Draw(rng_);
+    float a = unitPick_.Draw(rng);
+    float b = unitPick_.Draw(rng);
     // Folding the far half of the parallelogram back keeps the point inside the triangle.
     if (a + b >= 1.0f)
     {
@@ -84,14 +84,14 @@ Eigen::Vector3f TrackedSurface::SamplePoint(int32_t triangle)
     return p0 + a * (p1 - p0) + b * (p2 - p0);
 }
 
-Eigen::Vector3f TrackedSurface::SampleNormal(int32_t triangle)
+Eigen::Vector3f TrackedSurface::SampleNormal(int32_t triangle, RandomEngine& rng) const
 {
     const Eigen::Vector3f n = faceNormals_.row(triangle).transpose();
     if (cosMaxSurfaceAngle_ >= 1.0f)
         return n;
     const auto [e1, e2] = TangentBasis(n);
-    const float r1 = unitPick_.Draw(rng_);
-    const float r2 = unitPick_.Draw(rng_);
+    const float r1 = unitPick_.Draw(rng);
+    const float r2 = unitPick_.Draw(rng);
     const float phi = static_cast<float>(static_cast<double>(r2) * kFullTurn);
     // A cosine uniform in [cosMax, 1] is a direction uniform over the cap around n.
     const float c = (1.0f - cosMaxSurfaceAngle_) * r1 + cosMaxSurfaceAngle_;
@@ -115,20 +115,21 @@ bool TrackedSurface::CanSeatSensor(const Eigen::Vector3f& position, const Eigen:
     return true;
 }
 
-bool TrackedSurface::SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal)
+bool TrackedSurface::SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng) const
 {
     for (int64_t pick = 0; pick < kMaxFruitlessPicks; ++pick)
     {
-        const int32_t triangle = PickTriangle();
-        position = SamplePoint(triangle);
-        normal = SampleNormal(triangle);
+        const int32_t triangle = PickTriangle(rng);
+        position = SamplePoint(triangle, rng);
+        normal = SampleNormal(triangle, rng);
         if (CanSeatSensor(position, normal))
             return true;
     }
     return ReportNoSeat();
 }
 
-bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit)
+bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit,
+                                    RandomEngine& rng) const
 {
     const Eigen::Vector3f wanted = normal;
     float bestDot = -2.0f;
@@ -142,24 +143,24 @@ bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& 
         // first one can fail to end.
         if (bestDot < -1.0f && ++fruitlessPicks > kMaxFruitlessPicks)
             return ReportNoSeat();
-        const int32_t triangle = PickTriangle();
+        const int32_t triangle = PickTriangle(rng);
         const Eigen::Vector3f n = faceNormals_.row(triangle).transpose();
         const float d = n.dot(wanted);
         if (d < limit && d < bestDot)
             continue;
-        position = SamplePoint(triangle);
+        position = SamplePoint(triangle, rng);
         if (!CanSeatSensor(position, n))
             continue;
         --budget;
         if (d > limit)
         {
-            normal = SampleNormal(triangle);
+            normal = SampleNormal(triangle, rng);
             return true;
         }
         if (d > bestDot)
         {
             bestPosition = position;
-            bestNormal = SampleNormal(triangle);
+            bestNormal = SampleNormal(triangle, rng);
             bestDot = d;
         }
     }

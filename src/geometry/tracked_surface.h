@@ -48,21 +48,37 @@ public:
 
     // Seating and sampling. Positions and normals are metres, mesh frame, 32-bit floats.
     void SetMaxSurfaceAngle(double degrees);
+    // Every draw takes its words from `rng`, by default the surface's own engine. Given an
+    // engine of its own, each caller samples the surface without changing it, so that
+    // several anneals can share one surface side by side.
     // A facet drawn in proportion to its area (0 on an empty table).
-    int32_t PickTriangle();
+    int32_t PickTriangle(RandomEngine& rng) const;
+    int32_t PickTriangle() { return PickTriangle(rng_); }
     // A point drawn uniformly on the facet.
-    Eigen::Vector3f SamplePoint(int32_t triangle);
+    Eigen::Vector3f SamplePoint(int32_t triangle, RandomEngine& rng) const;
+    Eigen::Vector3f SamplePoint(int32_t triangle) { return SamplePoint(triangle, rng_); }
     // The facet normal, tilted at random within cosMaxSurfaceAngle; draws nothing when no
     // tilt is allowed.
-    Eigen::Vector3f SampleNormal(int32_t triangle);
+    Eigen::Vector3f SampleNormal(int32_t triangle, RandomEngine& rng) const;
+    Eigen::Vector3f SampleNormal(int32_t triangle) { return SampleNormal(triangle, rng_); }
     // True when four 6 mm chords of a disc 1 mm under the position meet no triangle.
     bool CanSeatSensor(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const;
     // Draws seats until one passes CanSeatSensor. On a surface where no seat can be found it
     // says so on stderr and returns false.
-    bool SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal);
+    bool SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng) const;
+    bool SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal)
+    {
+        return SampleSeat(position, normal, rng_);
+    }
     // A seat whose facet normal is close to the incoming `normal`: the first with a dot
     // product above `limit`, else the best of 20 that pass the seat test. Fails as SampleSeat.
-    bool SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit);
+    bool SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit, RandomEngine& rng) const;
+    bool SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit)
+    {
+        return SampleSeatNear(position, normal, limit, rng_);
+    }
+    // The surface's own engine, seeded by the constructor.
+    RandomEngine& engine() { return rng_; }
     // True when some surface lies from 4 mm behind to 0.9 mm in front of the position along
     // the normal, and none from 1.1 mm to 11 mm in front of it.
     bool IsOnSensorSurface(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const;

@@ -14,7 +14,7 @@ PlacementProblem::PlacementProblem(int32_t sensorCount, TrackedSurface& trackedS
 {
 }
 
-bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
+bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout, RandomEngine& seatEngine)
 {
     constexpr int kCandidates = 20;
     // note: kept across slots; if every candidate of a slot coincides with a placed sensor,
@@ -34,7 +34,7 @@ bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
         {
             Eigen::Vector3f position;
             Eigen::Vector3f normal;
-            if (!surface.SampleSeat(position, normal))
+            if (!surface.SampleSeat(position, normal, seatEngine))
                 return false;
 
             float distance = 9999.0f;
@@ -62,23 +62,39 @@ bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
     return true;
 }
 
+bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
+{
+    return PlaceInitialSensors(layout, surface.engine());
+}
+
 std::optional<TrackedObjectModel> PlacementProblem::Solve()
 {
     PlacementLayout layout(nSensors);
     layout.cosMaxIncidence = std::cos(DegreesToRadians(incidenceLimitDegrees));
     if (model != nullptr)
         layout.CopyImmutableSensors(*model);
-    if (!PlaceInitialSensors(layout))
+    std::optional<RandomEngine> ownSeatEngine;
+    if (seatSeed)
+        ownSeatEngine.emplace(*seatSeed);
+    RandomEngine& seatEngine = ownSeatEngine ? *ownSeatEngine : surface.engine();
+    if (!PlaceInitialSensors(layout, seatEngine))
         return std::nullopt;
 
     SensorPlacementAnnealer annealer(layout, surface, nIterations, nOrientations, coolingRate, qualityLow, qualityHigh,
                                      annealerSeed);
     if (workers != nullptr)
         annealer.UseWorkers(*workers);
-    std::cerr << "anneal duration: " << annealer.ExpectedMoveCount() << '\n';
+    annealer.DrawSeatsWith(seatEngine);
+    if (stopRequest != nullptr)
+        annealer.StopWhen(*stopRequest);
+    annealer.ShowProgress(showProgress);
+    if (showProgress)
+        std::cerr << "anneal duration: " << annealer.ExpectedMoveCount() << '\n';
 
     std::optional<TrackedObjectModel> result = annealer.Anneal();
     finalQuality = annealer.snapshotScore();
+    movesMade = annealer.movesMade();
+    movesPlanned = annealer.PlannedMoveCount();
     return result;
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "model/sensor_model.h"
+#include "support/random_draws.h"
 #include "optimiser/placement_layout.h"
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 
@@ -29,17 +31,24 @@ struct PlacementProblem
     TrackedSurface& surface;
     std::optional<uint32_t> annealerSeed;  // fixes the choice of moves (tests, benchmarks)
     WorkerPool* workers = nullptr;         // scores moves on these; null: the calling thread
+    std::optional<uint32_t> seatSeed;      // seats drawn from an engine of this seed; none: the surface's
+    const std::atomic<bool>* stopRequest = nullptr;  // true: the anneal stops after the move under way
+    bool showProgress = true;              // the duration line, dots and new best scores on stderr
+    int64_t movesMade = 0;                 // result: moves Solve made, fewer than planned when stopped
+    int64_t movesPlanned = 0;              // result: moves of the whole schedule
 
     PlacementProblem(int32_t nSensors, TrackedSurface& surface);
 
     // Seats the movable sensors by best-candidate sampling, anneals, and returns the best
     // layout with ids 0..nSensors-1 (immutable sensors first). Prints progress on standard
-    // error. Sets finalQuality. Nothing when the surface offers no seat (said on stderr).
+    // error unless showProgress is off. Sets finalQuality, movesMade and movesPlanned. Nothing
+    // when the surface offers no seat (said on stderr).
     std::optional<TrackedObjectModel> Solve();
 
     // Fills the slots from layout.immutableCount on, each with the one of 20 random seats
-    // that lies farthest from every sensor already placed. False when the surface offers no
-    // seat (said on stderr).
+    // that lies farthest from every sensor already placed; seats come from `seatEngine`, or
+    // from the surface's own engine. False when the surface offers no seat (said on stderr).
+    bool PlaceInitialSensors(PlacementLayout& layout, RandomEngine& seatEngine);
     bool PlaceInitialSensors(PlacementLayout& layout);
 };
 

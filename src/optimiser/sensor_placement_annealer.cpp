@@ -1,6 +1,7 @@
 #include "optimiser/sensor_placement_annealer.h"
 
 #include "geometry/tracked_surface.h"
+#include "optimiser/anneal_schedule.h"
 #include "quality/incremental_evaluator.h"
 #include "support/worker_pool.h"
 
@@ -17,7 +18,8 @@ SensorPlacementAnnealer::SensorPlacementAnnealer(PlacementLayout& layout, Tracke
       movesPerTemperature_(static_cast<int32_t>(layout.SensorCount()) * nIterations),
       nOrientations_(nOrientations),
       coolingRate_(coolingRate),
-      engine_(kFixedSeed)
+      engine_(kFixedSeed),
+      seatEngine_(&surface.engine())
 {
     evaluator_.SetModel(layout_);
     evaluator_.SetSurface(&surface_);
@@ -49,7 +51,8 @@ int32_t SensorPlacementAnnealer::DrawMovableIndex()
 
 bool SensorPlacementAnnealer::MoveOneSensor(double temperature)
 {
-    std::cerr << '.';
+    if (showProgress_)
+        std::cerr << '.';
 
     movedIndex_ = DrawMovableIndex();
     oldPosition_ = layout_.positions[movedIndex_];
@@ -63,10 +66,10 @@ bool SensorPlacementAnnealer::MoveOneSensor(double temperature)
         // A cosine between old and new normal: below -1 (anything goes) at the start
         // temperature, about 0.96 (16 degrees) at the stop temperature.
         const double limit = (2.0 - std::pow(3.0, invStartTemperature_ * temperature)) - 0.04;
-        if (!surface_.SampleSeatNear(position, normal, static_cast<float>(limit)))
+        if (!surface_.SampleSeatNear(position, normal, static_cast<float>(limit), *seatEngine_))
             return false;
     }
-    else if (!surface_.SampleSeat(position, normal))
+    else if (!surface_.SampleSeat(position, normal, *seatEngine_))
     {
         return false;
     }
@@ -84,7 +87,7 @@ void SensorPlacementAnnealer::UndoMove()
 
 TrackedObjectModel SensorPlacementAnnealer::Snapshot()
 {
-    if (!firstSnapshot_)
+    if (!firstSnapshot_ && showProgress_)
         std::cerr << '(' << currentScore_ << ')';
     snapshotScore_ = currentScore_;
     firstSnapshot_ = false;
@@ -93,8 +96,12 @@ TrackedObjectModel SensorPlacementAnnealer::Snapshot()
 
 double SensorPlacementAnnealer::ExpectedMoveCount() const
 {
-    return std::log(kStopTemperature / kStartTemperature) * static_cast<double>(movesPerTemperature_) /
-           std::log(coolingRate_);
+    return kelvorig::ExpectedMoveCount(movesPerTemperature_, coolingRate_);
+}
+
+int64_t SensorPlacementAnnealer::PlannedMoveCount() const
+{
+    return kelvorig::PlannedMoveCount(movesPerTemperature_, coolingRate_);
 }
 
 std::optional<TrackedObjectModel> SensorPlacementAnnealer::Anneal()
@@ -102,6 +109,7 @@ std::optional<TrackedObjectModel> SensorPlacementAnnealer::Anneal()
     // note: fixed seed on purpose; which worsening moves stand varies only through the moves.
     RandomEngine acceptance(kFixedSeed);
     double temperature = kStartTemperature;
+    movesMade_ = 0;
 
     WorkerPool callingThreadOnly(1);
     std::optional<IncrementalEvaluator> incremental;
@@ -128,8 +136,11 @@ std::optional<TrackedObjectModel> SensorPlacementAnnealer::Anneal()
     {
         for (int32_t move = 0; move < movesPerTemperature_; ++move)
         {
+            if (stopRequest_ != nullptr && stopRequest_->load(std::memory_order_relaxed))
+                return bestModel;
             if (!MoveOneSensor(temperature))
                 return std::nullopt;
+            ++movesMade_;
             const double q =
                 scored(incremental ? incremental->EvaluateMove(static_cast<size_t>(movedIndex_))
                                    : evaluator_.EvaluateQuality());

@@ -7,6 +7,7 @@
 
 #include <Eigen/Core>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -69,9 +70,20 @@ public:
     // Called by Anneal with every score it computes, in order: the first layout's, then
     // one per move.
     void ObserveScores(std::function<void(double)> observer) { scoreObserver_ = std::move(observer); }
+    // Seats are drawn from `engine` rather than the surface's own; it must outlive every later
+    // move. Anneals that share one surface each need an engine of their own.
+    void DrawSeatsWith(RandomEngine& engine) { seatEngine_ = &engine; }
+    // Anneal stops after the move under way once `request` is true, and returns the best
+    // layout so far; movesMade() then falls short of PlannedMoveCount().
+    void StopWhen(const std::atomic<bool>& request) { stopRequest_ = &request; }
+    // False: no dots and no new best scores on standard error.
+    void ShowProgress(bool show) { showProgress_ = show; }
 
     // Expected number of moves of Anneal: the value of the "anneal duration: " line.
     double ExpectedMoveCount() const;
+    // Moves of a whole Anneal, and the moves the latest Anneal made.
+    int64_t PlannedMoveCount() const;
+    int64_t movesMade() const { return movesMade_; }
 
     int32_t movesPerTemperature() const { return movesPerTemperature_; }
     double snapshotScore() const { return snapshotScore_; }
@@ -101,6 +113,10 @@ private:
     Scoring scoring_ = Scoring::Incremental;
     WorkerPool* workers_ = nullptr;
     std::function<void(double)> scoreObserver_;
+    RandomEngine* seatEngine_;
+    const std::atomic<bool>* stopRequest_ = nullptr;
+    bool showProgress_ = true;
+    int64_t movesMade_ = 0;
 
     int32_t DrawMovableIndex();
 };

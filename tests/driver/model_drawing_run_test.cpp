@@ -67,10 +67,10 @@ TEST(ModelDrawing, WritesTheWholeDrawingAndNoReport)
     }
     EXPECT_FALSE(std::filesystem::exists(dir.File("old.scad")));
 
-    // An output that can't be written is not a failure.
+    // An output that can't be written ends the run with a message.
     const CliResult unwritable = RunKelvorig({"/model", "m.json", "/outscad", "no_such_dir/m.scad"}, dir.path());
-    EXPECT_EQ(unwritable.status, 0);
-    EXPECT_EQ(unwritable.err, "");
+    EXPECT_EQ(unwritable.status, 1);
+    EXPECT_EQ(unwritable.err, "cannot write no_such_dir/m.scad: No such file or directory\n");
 }
 
 TEST(ModelDrawing, ImportsTheSurfaceMeshesScaledToMillimetres)
