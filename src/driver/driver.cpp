@@ -6,6 +6,7 @@
 #include "driver/coverage_run.h"
 #include "driver/generate_run.h"
 #include "driver/model_drawing_run.h"
+#include "driver/run_limits.h"
 #include "driver/tool_run.h"
 #include "geometry/tracked_surface.h"
 #include "quality/quality_evaluator.h"
@@ -96,7 +97,7 @@ int RunCommandLine(const std::vector<std::string>& arguments)
         const bool argumentError = !ReadCommandLine(arguments, options);
         if (options.tool != CommandOptions::Tool::kNone)
             return RunTool(options, std::cout);
-        if (!CheckCommandLine(options, argumentError))
+        if (!CheckCommandLine(options, argumentError) || !CheckRunLimits(options))
             return 1;
         return LoadAndRun(options, evaluator);
     }
