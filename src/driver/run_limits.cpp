@@ -32,6 +32,12 @@ bool CheckRunLimits(const CommandOptions& options)
                      options.verifyCoverage, kMaxCoverageSeats);
         return false;
     }
+    if (options.threads > kMaxThreads)
+    {
+        std::fprintf(stderr, "/threads %d is more than the %d threads kelvorig can start\n", options.threads,
+                     kMaxThreads);
+        return false;
+    }
     // The coverage run takes precedence over the anneal, which then never starts.
     if (!options.generate || options.verifyCoverage != 0)
         return true;

@@ -12,6 +12,7 @@ constexpr double kMaxAnnealMoves = 1e9;         // all restarts together
 constexpr int32_t kMaxOrientations = 1'000'000;  // sampling them is quadratic in the count
 constexpr int32_t kMaxCoverageSeats = 10'000'000;
 constexpr double kMaxAnalysisRows = 1e8;
+constexpr int32_t kMaxThreads = 1024;  // each a stack of its own, started at once
 
 // Checks the switch values that set the size of the run, and /maxsurfaceangle, after the
 // command line's own checks. Prints the first failure and returns false.

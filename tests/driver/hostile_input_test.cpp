@@ -43,6 +43,7 @@ TEST(HostileInput, RefusedWithAMessageNamingTheCause)
          "/verifycoverage 2000000000 is more than the 10000000 seats one drawing can show\n"},
         {{"/maxsurfaceangle", "nan"}, generate, "/maxsurfaceangle nan: the angle must be from -180 to 180 degrees\n"},
         {{"/maxsurfaceangle", "-181"}, generate, "/maxsurfaceangle -181: the angle must be from -180 to 180 degrees\n"},
+        {{"/threads", "2000000000"}, generate, "/threads 2000000000 is more than the 1024 threads kelvorig can start\n"},
         {{"/norientations", "2000000000"}, generate,
          "/norientations 2000000000 is more than the 1000000 orientations an anneal can sample\n"},
         {{"/model", "deep.json"}, {},
