@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages kelvorig builds, tests and benchmarks with (run as root).
 set -euo pipefail
-packages=(cmake make g++ pkg-config libembree-dev libeigen3-dev libjsoncpp-dev libgtest-dev libbenchmark-dev)
+packages=(cmake make g++ pkg-config libembree-dev libeigen3-dev libjsoncpp-dev libqhull-dev libgtest-dev libbenchmark-dev)
 for option in "$@"; do
     case "$option" in
         --with-openscad) packages+=(openscad) ;;

@@ -8,17 +8,19 @@
 namespace kelvorig {
 namespace {
 
-// One import line of a mesh, its backslashes doubled for OpenSCAD's string syntax.
+// One import line of a mesh, its backslashes doubled for OpenSCAD's string syntax. `color` is
+// the whole argument text of color(): a quoted name, perhaps with an opacity.
 std::string ImportLine(const char* color, const std::string& path)
 {
-    const std::string line = std::string("\tcolor(\"") + color + "\") import(\"" + path + "\", convexity = 4);\n";
+    const std::string line = std::string("\tcolor(") + color + ") import(\"" + path + "\", convexity = 4);\n";
     return ReplaceAll(line, "\\", "\\\\");
 }
 
 } // namespace
 
 std::string WriteScadFile(const TrackedObjectModel& model, const std::string& surfacePath,
-                          const std::vector<std::string>& obstaclePaths, double scale, bool withScadNormals)
+                          const std::vector<std::string>& obstaclePaths, double scale, bool withScadNormals,
+                          const std::vector<std::string>& keepOutPaths)
 {
     std::ostringstream text;
     // Meshes stay in their own unit; this brings them to millimetres.
@@ -26,9 +28,11 @@ std::string WriteScadFile(const TrackedObjectModel& model, const std::string& su
     text << "\n$fn = 40;\n\n";
     text << "scale([" << meshScale << ", " << meshScale << ", " << meshScale << "]) {\n";
     if (!surfacePath.empty())
-        text << ImportLine("orange", surfacePath);
+        text << ImportLine("\"orange\"", surfacePath);
     for (const std::string& obstaclePath : obstaclePaths)
-        text << ImportLine("white", obstaclePath);
+        text << ImportLine("\"white\"", obstaclePath);
+    for (const std::string& keepOutPath : keepOutPaths)
+        text << ImportLine("\"red\", 0.3", keepOutPath);
     text << "}\n\n";
 
     text << "sensors = [\n";

@@ -168,6 +168,18 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, CommandOptions& 
         }
         else if (is("/restarts", 1))
             argumentError = !ScanInt(arguments[++i], options.restarts);
+        else if (is("/maxseatdepth", 1) || is("/minsensorspacing", 1))
+        {
+            std::optional<double>& value = is("/maxseatdepth", 1) ? options.maxSeatDepth : options.minSensorSpacing;
+            value = 0.0;
+            argumentError = !ScanDouble(arguments[++i], *value);
+        }
+        else if (is("/keepout", 1))
+            options.keepOutPaths.push_back(arguments[++i]);
+        else if (is("/normalsfromwinding", 0))
+            options.normalsFromWinding = true;
+        else if (is("/meshunit", 1))
+            options.meshUnit = arguments[++i];
         else
         {
             std::fprintf(stderr, "Unrecognized command line switch [ %s ].\n", argument.c_str());

@@ -43,6 +43,12 @@ struct CommandOptions
     std::vector<std::string> toolArguments;
     std::optional<int64_t> seed;  // run seed of the varying engines, 0 to 4294967295; none: time and process id
     int32_t restarts = 1;         // independent anneals, the best kept
+    // Where seats may be, and how meshes are read; none of these changes anything unless given.
+    std::optional<double> maxSeatDepth;      // millimetres from a seat along its normal to the hull's outside
+    std::vector<std::string> keepOutPaths;   // closed meshes, the sensor surface's unit
+    std::optional<double> minSensorSpacing;  // millimetres, centre to centre
+    bool normalsFromWinding = false;
+    std::string meshUnit;                    // "mm", "cm", "m" or "in"; empty: inferred from size
 };
 
 } // namespace kelvorig

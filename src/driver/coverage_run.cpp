@@ -29,7 +29,7 @@ int RunCoverage(const CommandOptions& options, TrackedSurface& surface)
         model.modelNormals.push_back(normal);
     }
     const std::string text = WriteScadFile(model, surface.surfacePath(), surface.obstaclePaths(),
-                                           surface.unitScale(), options.withScadNormals);
+                                           surface.unitScale(), options.withScadNormals, options.keepOutPaths);
     return WriteOutputFile(options.outScadPath, text) ? 0 : 1;
 }
 

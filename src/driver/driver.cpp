@@ -7,6 +7,7 @@
 #include "driver/generate_run.h"
 #include "driver/model_drawing_run.h"
 #include "driver/run_limits.h"
+#include "driver/placement_switches.h"
 #include "driver/tool_run.h"
 #include "geometry/tracked_surface.h"
 #include "quality/quality_evaluator.h"
@@ -57,9 +58,10 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
 
     // note: /obstacles without /sensors is ignored without a word.
     std::unique_ptr<TrackedSurface> surface;
+    std::unique_ptr<SeatRules> seatRules;
     if (!options.sensorsPath.empty())
     {
-        surface = std::make_unique<TrackedSurface>(options.sensorsPath, options.obstaclePaths);
+        surface = std::make_unique<TrackedSurface>(options.sensorsPath, options.obstaclePaths, SurfaceLoadingOf(options));
         if (!surface->isBuilt())
         {
             // A failure of the ray engine has been reported where it happened.
@@ -67,6 +69,9 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
                 ReportUnbuiltSurface(options);
             return 1;
         }
+        if (!BuildSeatRules(options, *surface, seatRules))
+            return 1;
+        surface->SetSeatRules(seatRules.get());
     }
 
     if (layout && options.generate && !CheckImmutableSensorCount(*layout, options.nSensors))
@@ -97,7 +102,7 @@ int RunCommandLine(const std::vector<std::string>& arguments)
         const bool argumentError = !ReadCommandLine(arguments, options);
         if (options.tool != CommandOptions::Tool::kNone)
             return RunTool(options, std::cout);
-        if (!CheckCommandLine(options, argumentError) || !CheckRunLimits(options))
+        if (!CheckCommandLine(options, argumentError) || !CheckRunLimits(options) || !CheckPlacementSwitches(options))
             return 1;
         return LoadAndRun(options, evaluator);
     }

@@ -98,7 +98,7 @@ std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const 
         scad << "/*\n"
              << json << "*/\n\n"
              << WriteScadFile(model, surface.surfacePath(), surface.obstaclePaths(), surface.unitScale(),
-                              options.withScadNormals);
+                              options.withScadNormals, options.keepOutPaths);
         written = WriteOutputFile(options.outScadPath, scad.str()) && written;
     }
     if (!options.outModelPath.empty())

@@ -20,7 +20,7 @@ int RunModelDrawing(const CommandOptions& options, const TrackedSurface* surface
     out << "/* From " << options.modelPath << "*/\n\n";
     if (surface != nullptr)
         out << WriteScadFile(model, surface->surfacePath(), surface->obstaclePaths(), surface->unitScale(),
-                             options.withScadNormals);
+                             options.withScadNormals, options.keepOutPaths);
     else
         out << WriteScadFile(model, std::string(), {}, 1.0, options.withScadNormals);
     return WriteOutputFile(options.outScadPath, out.str()) ? 0 : 1;

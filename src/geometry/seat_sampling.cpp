@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <optional>
 #include <utility>
 
 namespace kelvorig {
@@ -115,21 +116,23 @@ bool TrackedSurface::CanSeatSensor(const Eigen::Vector3f& position, const Eigen:
     return true;
 }
 
-bool TrackedSurface::SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng) const
+bool TrackedSurface::SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng,
+                                const SeatNeighbours* neighbours) const
 {
+    SeatRefusals refusals;
     for (int64_t pick = 0; pick < kMaxFruitlessPicks; ++pick)
     {
         const int32_t triangle = PickTriangle(rng);
         position = SamplePoint(triangle, rng);
         normal = SampleNormal(triangle, rng);
-        if (CanSeatSensor(position, normal))
+        if (PassesSeatTest(position, normal, refusals) && PassesSeatRules(position, normal, neighbours, refusals))
             return true;
     }
-    return ReportNoSeat();
+    return ReportNoSeat(refusals);
 }
 
 bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit,
-                                    RandomEngine& rng) const
+                                    RandomEngine& rng, const SeatNeighbours* neighbours) const
 {
     const Eigen::Vector3f wanted = normal;
     float bestDot = -2.0f;
@@ -137,30 +140,44 @@ bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& 
     Eigen::Vector3f bestPosition = Eigen::Vector3f::Zero();
     Eigen::Vector3f bestNormal = Eigen::Vector3f::Zero();
     int64_t fruitlessPicks = 0;
+    SeatRefusals refusals;
     while (bestDot < -1.0f || budget > 0)
     {
-        // Once a seat is recorded the best facet stays eligible, so only the search for a
-        // first one can fail to end.
-        if (bestDot < -1.0f && ++fruitlessPicks > kMaxFruitlessPicks)
-            return ReportNoSeat();
+        // Once a seat is recorded the best facet stays eligible, so without seat rules only
+        // the search for a first one can fail to end. The rules may refuse most of that facet:
+        // with them, a draw that runs that long settles for the best seat.
+        if ((bestDot < -1.0f || seatRules_ != nullptr) && ++fruitlessPicks > kMaxFruitlessPicks)
+        {
+            if (bestDot < -1.0f)
+                return ReportNoSeat(refusals);
+            break;
+        }
         const int32_t triangle = PickTriangle(rng);
         const Eigen::Vector3f n = faceNormals_.row(triangle).transpose();
         const float d = n.dot(wanted);
         if (d < limit && d < bestDot)
             continue;
         position = SamplePoint(triangle, rng);
-        if (!CanSeatSensor(position, n))
+        if (!PassesSeatTest(position, n, refusals))
             continue;
+        // The rules judge the seat by the normal it will carry, so that one is drawn first.
+        std::optional<Eigen::Vector3f> drawn;
+        if (seatRules_ != nullptr)
+        {
+            drawn = SampleNormal(triangle, rng);
+            if (!PassesSeatRules(position, *drawn, neighbours, refusals))
+                continue;
+        }
         --budget;
         if (d > limit)
         {
-            normal = SampleNormal(triangle, rng);
+            normal = drawn ? *drawn : SampleNormal(triangle, rng);
             return true;
         }
         if (d > bestDot)
         {
             bestPosition = position;
-            bestNormal = SampleNormal(triangle, rng);
+            bestNormal = drawn ? *drawn : SampleNormal(triangle, rng);
             bestDot = d;
         }
     }
@@ -178,10 +195,37 @@ bool TrackedSurface::IsOnSensorSurface(const Eigen::Vector3f& position, const Ei
     return intersector_.intersectRay(origin, -normal, hit, kSurfaceNear, kReachBelow);
 }
 
-bool TrackedSurface::ReportNoSeat() const
+bool TrackedSurface::PassesSeatTest(const Eigen::Vector3f& position, const Eigen::Vector3f& normal,
+                                    SeatRefusals& refusals) const
 {
-    std::fprintf(stderr, "Error: no position on the sensor surface \"%s\" can take a sensor.\n",
-                 surfacePath_.c_str());
+    ++refusals.picks;
+    if (CanSeatSensor(position, normal))
+        return true;
+    ++refusals.refused[static_cast<size_t>(SeatRule::kSeatTest)];
+    return false;
+}
+
+bool TrackedSurface::PassesSeatRules(const Eigen::Vector3f& position, const Eigen::Vector3f& normal,
+                                     const SeatNeighbours* neighbours, SeatRefusals& refusals) const
+{
+    if (seatRules_ == nullptr)
+        return true;
+    const std::optional<SeatRule> refusal = seatRules_->Refusal(position, normal, neighbours);
+    if (!refusal)
+        return true;
+    ++refusals.refused[static_cast<size_t>(*refusal)];
+    return false;
+}
+
+bool TrackedSurface::ReportNoSeat(const SeatRefusals& refusals) const
+{
+    const SeatRule emptying = refusals.Emptying();
+    if (emptying == SeatRule::kSeatTest || seatRules_ == nullptr)
+        std::fprintf(stderr, "Error: no position on the sensor surface \"%s\" can take a sensor.\n",
+                     surfacePath_.c_str());
+    else
+        std::fprintf(stderr, "Error: %s leaves no position on the sensor surface \"%s\" that can take a sensor.\n",
+                     seatRules_->Describe(emptying).c_str(), surfacePath_.c_str());
     return false;
 }
 

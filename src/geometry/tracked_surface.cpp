@@ -1,5 +1,6 @@
 #include "geometry/tracked_surface.h"
 
+#include "geometry/mesh_checks.h"
 #include "geometry/mesh_loading.h"
 #include "geometry/unit_scale.h"
 
@@ -18,16 +19,17 @@ bool HasTriangles(const TriangleMatrix& triangles)
 
 } // namespace
 
-TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths)
-    : TrackedSurface(surfacePath, obstaclePaths, TimeAndProcessSeed())
+TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths,
+                               const SurfaceLoading& loading)
+    : TrackedSurface(surfacePath, obstaclePaths, TimeAndProcessSeed(), loading)
 {
 }
 
 TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths,
-                               uint32_t seed)
+                               uint32_t seed, const SurfaceLoading& loading)
     : surfacePath_(surfacePath), obstaclePaths_(obstaclePaths)
 {
-    if (!LoadSensorSurface())
+    if (!LoadSensorSurface(loading))
     {
         triangles_.resize(0, 0);
         return;
@@ -47,19 +49,25 @@ TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector
     rng_.seed(seed);
 }
 
-bool TrackedSurface::LoadSensorSurface()
+bool TrackedSurface::LoadSensorSurface(const SurfaceLoading& loading)
 {
     if (!ReadMeshMatrices(surfacePath_, vertices_, triangles_, faceNormals_))
         return false;
     if (vertices_.size() == 0 || faceNormals_.size() == 0 || !HasTriangles(triangles_))
         return false;
 
-    unitScale_ = InferUnitScale(MeshExtentDiagonal(vertices_));
+    const float diagonal = MeshExtentDiagonal(vertices_);
+    unitScale_ = loading.unitScale ? *loading.unitScale : InferUnitScale(diagonal);
+    WarnOfMeshProblems(surfacePath_, FindMeshProblems(vertices_, triangles_, faceNormals_), !loading.normalsFromWinding);
+    WarnOfImplausibleSize(surfacePath_, diagonal, unitScale_, !loading.unitScale);
     vertices_ *= static_cast<float>(unitScale_);
+    if (loading.normalsFromWinding)
+        faceNormals_ = WindingNormals(vertices_, triangles_);
     // note: no guard for a zero normal; its row becomes not-a-number, as stated in the file.
     for (Eigen::Index row = 0; row < faceNormals_.rows(); ++row)
         faceNormals_.row(row) /= faceNormals_.row(row).norm();
-    return true;
+    // A surface without area offers no seat: it counts as not built.
+    return HasFacetOfPositiveArea(vertices_, triangles_);
 }
 
 void TrackedSurface::BuildAreaTable()

@@ -2,6 +2,8 @@
 
 #include "geometry/embree_intersector.h"
 #include "geometry/mesh_matrices.h"
+#include "geometry/seat_rules.h"
+#include "geometry/surface_loading.h"
 #include "support/random_draws.h"
 
 #include <Eigen/Core>
@@ -18,10 +20,13 @@ class TrackedSurface
 {
 public:
     // Reads the meshes; the engine is seeded from time and process id.
-    TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths);
+    // `loading` says how the sensor surface's file is read; the mesh checks warn of what is
+    // wrong with it on standard error.
+    TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths,
+                   const SurfaceLoading& loading = {});
     // Same, with a fixed seed for the engine's final reseeding (tests, benchmarks).
     TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths,
-                   uint32_t seed);
+                   uint32_t seed, const SurfaceLoading& loading = {});
 
     // False when a mesh couldn't be read or the sensor surface has no usable facets; such
     // a surface must not be used.
@@ -63,20 +68,26 @@ public:
     Eigen::Vector3f SampleNormal(int32_t triangle) { return SampleNormal(triangle, rng_); }
     // True when four 6 mm chords of a disc 1 mm under the position meet no triangle.
     bool CanSeatSensor(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const;
-    // Draws seats until one passes CanSeatSensor. On a surface where no seat can be found it
-    // says so on stderr and returns false.
-    bool SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng) const;
+    // Draws seats until one passes CanSeatSensor and the seat rules, if set, keeping clear of
+    // `neighbours` (may be null). When no seat can be found it says so on stderr, naming the
+    // test that left none, and returns false.
+    bool SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng,
+                    const SeatNeighbours* neighbours = nullptr) const;
     bool SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal)
     {
         return SampleSeat(position, normal, rng_);
     }
     // A seat whose facet normal is close to the incoming `normal`: the first with a dot
     // product above `limit`, else the best of 20 that pass the seat test. Fails as SampleSeat.
-    bool SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit, RandomEngine& rng) const;
+    bool SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit, RandomEngine& rng,
+                        const SeatNeighbours* neighbours = nullptr) const;
     bool SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit)
     {
         return SampleSeatNear(position, normal, limit, rng_);
     }
+    // Rules every later seat draw applies on top of CanSeatSensor; null (the default): none.
+    // They must outlive the draws.
+    void SetSeatRules(const SeatRules* rules) { seatRules_ = rules; }
     // The surface's own engine, seeded by the constructor.
     RandomEngine& engine() { return rng_; }
     // True when some surface lies from 4 mm behind to 0.9 mm in front of the position along
@@ -84,10 +95,15 @@ public:
     bool IsOnSensorSurface(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const;
 
 private:
-    bool LoadSensorSurface();
+    bool LoadSensorSurface(const SurfaceLoading& loading);
     bool AddObstacles();
     void BuildAreaTable();
-    bool ReportNoSeat() const;  // says so on stderr; false
+    // Both count the pick's fate in `refusals`. The chord test of CanSeatSensor:
+    bool PassesSeatTest(const Eigen::Vector3f& position, const Eigen::Vector3f& normal, SeatRefusals& refusals) const;
+    // True when the seat rules, if any, allow the seat.
+    bool PassesSeatRules(const Eigen::Vector3f& position, const Eigen::Vector3f& normal,
+                         const SeatNeighbours* neighbours, SeatRefusals& refusals) const;
+    bool ReportNoSeat(const SeatRefusals& refusals) const;  // says so on stderr; false
 
     std::string surfacePath_;
     std::vector<std::string> obstaclePaths_;
@@ -103,6 +119,7 @@ private:
     UniformRange<float> unitPick_{0.0f, 1.0f};
     RandomEngine rng_{kFixedSeed};
     std::vector<double> cumulativeArea_;
+    const SeatRules* seatRules_ = nullptr;
 };
 
 } // namespace kelvorig

@@ -34,7 +34,9 @@ bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout, RandomEngine
         {
             Eigen::Vector3f position;
             Eigen::Vector3f normal;
-            if (!surface.SampleSeat(position, normal, seatEngine))
+            // The seat keeps its distance from the sensors already placed, immutable ones included.
+            const SeatNeighbours placedSoFar{&layout.positions, i};
+            if (!surface.SampleSeat(position, normal, seatEngine, &placedSoFar))
                 return false;
 
             float distance = 9999.0f;

@@ -60,16 +60,18 @@ bool SensorPlacementAnnealer::MoveOneSensor(double temperature)
     Eigen::Vector3f position = oldPosition_.cast<float>();
     Eigen::Vector3f normal = oldNormal_.cast<float>();
 
+    // The new seat keeps its distance from every other sensor.
+    const SeatNeighbours others{&layout_.positions, layout_.SensorCount(), static_cast<size_t>(movedIndex_)};
     const double kind = DrawRange(engine_, rangeLow_, rangeHigh_);
     if (kind > 0.1)
     {
         // A cosine between old and new normal: below -1 (anything goes) at the start
         // temperature, about 0.96 (16 degrees) at the stop temperature.
         const double limit = (2.0 - std::pow(3.0, invStartTemperature_ * temperature)) - 0.04;
-        if (!surface_.SampleSeatNear(position, normal, static_cast<float>(limit), *seatEngine_))
+        if (!surface_.SampleSeatNear(position, normal, static_cast<float>(limit), *seatEngine_, &others))
             return false;
     }
-    else if (!surface_.SampleSeat(position, normal, *seatEngine_))
+    else if (!surface_.SampleSeat(position, normal, *seatEngine_, &others))
     {
         return false;
     }

@@ -184,8 +184,8 @@ TEST(CoverageRun, BrokenObstacleRefusesTheWholeSurface)
 TEST(CoverageRun, SurfaceWithoutSeatsEndsWithAMessage)
 {
     const TempDir dir;
-    // A 2 mm cube, in metres by its size: no point of it is 3 mm from an edge.
-    WriteBinaryStl(dir.File("tiny.stl"), MakeBox(Eigen::Vector3f(0.002f, 0.002f, 0.002f)));
+    // A rod 2 mm thick, in millimetres by its size: no point of it is 3 mm from an edge.
+    WriteBinaryStl(dir.File("tiny.stl"), MakeBox(Eigen::Vector3f(30.0f, 2.0f, 2.0f)));
     const CliResult result =
         RunKelvorig({"/verifycoverage", "10", "/outscad", "o.scad", "/sensors", "tiny.stl"}, dir.path());
     EXPECT_EQ(result.status, 1);

@@ -1,0 +1,113 @@
+#include "driver/placement_switches.h"
+
+#include "geometry/mesh_checks.h"
+#include "geometry/mesh_loading.h"
+
+#include <cstdio>
+#include <vector>
+
+namespace kelvorig {
+namespace {
+
+bool CheckLength(const char* name, const std::optional<double>& millimetres, const char* what)
+{
+    if (!millimetres || *millimetres >= 0.0)
+        return true;  // note: a value that is not a number fails the comparison and is refused
+    std::fprintf(stderr, "%s %g: the %s must be 0 mm or more\n", name, *millimetres, what);
+    return false;
+}
+
+// Every vertex of the sensor surface and the obstacles, metres: what the hull is made of.
+bool DevicePoints(const TrackedSurface& surface, std::vector<Eigen::Vector3d>& points)
+{
+    VertexMatrix obstacles;
+    TriangleMatrix triangles;
+    NormalMatrix normals;
+    if (!ReadMeshList(surface.obstaclePaths(), obstacles, triangles, normals))
+        return false;
+    obstacles *= static_cast<float>(surface.unitScale());
+    const VertexMatrix& scaledObstacles = obstacles;
+    for (const VertexMatrix* vertices : {&surface.vertices(), &scaledObstacles})
+    {
+        for (Eigen::Index row = 0; row < vertices->rows(); ++row)
+            points.push_back(vertices->row(row).transpose().cast<double>());
+    }
+    return true;
+}
+
+bool LoadKeepOut(const std::string& path, double unitScale, SeatRules& rules)
+{
+    VertexMatrix vertices;
+    TriangleMatrix triangles;
+    NormalMatrix normals;
+    if (!ReadMeshMatrices(path, vertices, triangles, normals) || triangles.rows() == 0 || triangles.cols() < 3)
+    {
+        std::fprintf(stderr, "Could not build keep-out volume from \"%s\"\n", path.c_str());
+        return false;
+    }
+    const int64_t openEdges = CountOpenEdges(vertices, triangles);
+    if (openEdges > 0)
+    {
+        std::fprintf(stderr, "/keepout \"%s\" is not a closed mesh: %lld edges are used by one facet only\n",
+                     path.c_str(), static_cast<long long>(openEdges));
+        return false;
+    }
+    vertices *= static_cast<float>(unitScale);
+    rules.AddKeepOut(KeepOutVolume(vertices, triangles));
+    return true;
+}
+
+} // namespace
+
+bool CheckPlacementSwitches(const CommandOptions& options)
+{
+    if (!CheckLength("/maxseatdepth", options.maxSeatDepth, "depth") ||
+        !CheckLength("/minsensorspacing", options.minSensorSpacing, "spacing"))
+        return false;
+    if (!options.meshUnit.empty() && !UnitScaleNamed(options.meshUnit))
+    {
+        std::fprintf(stderr, "/meshunit %s: the unit must be mm, cm, m or in\n", options.meshUnit.c_str());
+        return false;
+    }
+    return true;
+}
+
+SurfaceLoading SurfaceLoadingOf(const CommandOptions& options)
+{
+    SurfaceLoading loading;
+    loading.normalsFromWinding = options.normalsFromWinding;
+    if (!options.meshUnit.empty())
+        loading.unitScale = UnitScaleNamed(options.meshUnit);
+    return loading;
+}
+
+bool BuildSeatRules(const CommandOptions& options, const TrackedSurface& surface, std::unique_ptr<SeatRules>& rules)
+{
+    if (!options.maxSeatDepth && options.keepOutPaths.empty() && !options.minSensorSpacing)
+        return true;
+    rules = std::make_unique<SeatRules>();
+    if (options.maxSeatDepth)
+    {
+        std::vector<Eigen::Vector3d> points;
+        if (!DevicePoints(surface, points))
+            return false;
+        std::optional<ConvexHull> hull = ConvexHull::Build(points);
+        if (!hull)
+        {
+            std::fprintf(stderr, "Could not compute the convex hull of \"%s\" for /maxseatdepth\n",
+                         surface.surfacePath().c_str());
+            return false;
+        }
+        rules->SetMaxSeatDepth(std::move(*hull), *options.maxSeatDepth);
+    }
+    for (const std::string& path : options.keepOutPaths)
+    {
+        if (!LoadKeepOut(path, surface.unitScale(), *rules))
+            return false;
+    }
+    if (options.minSensorSpacing)
+        rules->SetMinSensorSpacing(*options.minSensorSpacing);
+    return true;
+}
+
+} // namespace kelvorig

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "geometry/mesh_matrices.h"
+
+#include <cstdint>
+#include <string>
+
+namespace kelvorig {
+
+// What is wrong with one mesh, as loaded (file unit); all zero for a sound closed mesh.
+struct MeshProblems
+{
+    int64_t facets = 0;
+    int64_t vertices = 0;
+    int64_t badStoredNormals = 0;      // zero or not finite
+    int64_t flippedStoredNormals = 0;  // more than 90 degrees from the winding's normal
+    int64_t nonFiniteVertices = 0;
+    int64_t zeroAreaFacets = 0;
+    int64_t openEdges = 0;             // used by one facet only, vertices joined where equal
+    bool insideOut = false;            // closed, and the winding encloses a negative volume
+};
+
+// Looks at every facet of V (vertex rows, file unit), F (facets by 3 or more) and N (stored
+// normals, facets by 3). Facets with a vertex that isn't finite count only as such.
+MeshProblems FindMeshProblems(const VertexMatrix& V, const TriangleMatrix& F, const NormalMatrix& N);
+
+// Edges used by exactly one facet, with vertices of equal coordinates taken as one.
+int64_t CountOpenEdges(const VertexMatrix& V, const TriangleMatrix& F);
+
+// One "WARNING: " line on standard error for each kind of problem found in the mesh `path`;
+// the two about stored normals only when `storedNormalsUsed`.
+void WarnOfMeshProblems(const std::string& path, const MeshProblems& problems, bool storedNormalsUsed);
+
+// Warns when the box diagonal (file unit) times unitScale is under 20 mm or over 2 m, naming
+// the unit, `inferred` or not.
+void WarnOfImplausibleSize(const std::string& path, float diagonal, double unitScale, bool inferred);
+
+// Facets by 3: each facet's normal from its winding, not unit length; zero where degenerate.
+NormalMatrix WindingNormals(const VertexMatrix& V, const TriangleMatrix& F);
+
+// True when some facet has a positive, finite area.
+bool HasFacetOfPositiveArea(const VertexMatrix& V, const TriangleMatrix& F);
+
+} // namespace kelvorig

@@ -1,0 +1,86 @@
+#include "geometry/seat_rules.h"
+
+#include <sstream>
+#include <utility>
+
+namespace kelvorig {
+namespace {
+
+constexpr double kMetresPerMillimetre = 0.001;
+
+} // namespace
+
+SeatRule SeatRefusals::Emptying() const
+{
+    int64_t left = picks;
+    for (size_t rule = 0; rule < kSeatRuleCount; ++rule)
+    {
+        left -= refused[rule];
+        if (left <= 0)
+            return static_cast<SeatRule>(rule);
+    }
+    return SeatRule::kSeatTest;
+}
+
+void SeatRules::SetMaxSeatDepth(ConvexHull hull, double millimetres)
+{
+    hull_ = std::move(hull);
+    maxSeatDepth_ = millimetres;
+}
+
+void SeatRules::AddKeepOut(KeepOutVolume volume)
+{
+    keepOuts_.push_back(std::move(volume));
+}
+
+void SeatRules::SetMinSensorSpacing(double millimetres)
+{
+    minSensorSpacing_ = millimetres;
+}
+
+std::optional<SeatRule> SeatRules::Refusal(const Eigen::Vector3f& position, const Eigen::Vector3f& normal,
+                                           const SeatNeighbours* neighbours) const
+{
+    // not "depth > limit": a depth that is not a number must refuse too.
+    if (hull_ && !(hull_->ExitDistance(position.cast<double>(), normal.cast<double>()) <=
+                   maxSeatDepth_ * kMetresPerMillimetre))
+        return SeatRule::kMaxSeatDepth;
+    for (const KeepOutVolume& volume : keepOuts_)
+    {
+        if (volume.Contains(position))
+            return SeatRule::kKeepOut;
+    }
+    if (minSensorSpacing_ > 0.0 && neighbours != nullptr)
+    {
+        const double spacing = minSensorSpacing_ * kMetresPerMillimetre;
+        for (size_t i = 0; i < neighbours->count; ++i)
+        {
+            if (i != neighbours->skip && ((*neighbours->positions)[i] - position.cast<double>()).norm() < spacing)
+                return SeatRule::kMinSensorSpacing;
+        }
+    }
+    return std::nullopt;
+}
+
+std::string SeatRules::Describe(SeatRule rule) const
+{
+    std::ostringstream text;
+    switch (rule)
+    {
+    case SeatRule::kMaxSeatDepth:
+        text << "/maxseatdepth " << maxSeatDepth_;
+        break;
+    case SeatRule::kKeepOut:
+        text << "/keepout";
+        break;
+    case SeatRule::kMinSensorSpacing:
+        text << "/minsensorspacing " << minSensorSpacing_;
+        break;
+    case SeatRule::kSeatTest:
+        text << "the seat test";
+        break;
+    }
+    return text.str();
+}
+
+} // namespace kelvorig

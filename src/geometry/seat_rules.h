@@ -1,0 +1,75 @@
+#pragma once
+
+#include "geometry/convex_hull.h"
+#include "geometry/keep_out_volume.h"
+
+#include <Eigen/Core>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelvorig {
+
+// The tests a seat must pass, in the order they are applied: the chord test of the surface
+// itself, then the optional rules of SeatRules.
+enum class SeatRule
+{
+    kSeatTest,
+    kMaxSeatDepth,
+    kKeepOut,
+    kMinSensorSpacing
+};
+constexpr size_t kSeatRuleCount = 4;
+
+// The sensors a new seat must keep its distance from: the first `count` of `positions`
+// (metres), except the one at `skip`, the sensor being moved.
+struct SeatNeighbours
+{
+    const std::vector<Eigen::Vector3d>* positions = nullptr;
+    size_t count = 0;
+    size_t skip = SIZE_MAX;
+};
+
+// The picks of one seat draw that each test refused, to name the test that left none.
+struct SeatRefusals
+{
+    int64_t picks = 0;
+    std::array<int64_t, kSeatRuleCount> refused{};
+
+    // The first test in order after which no pick was left (the seat test when none was made).
+    SeatRule Emptying() const;
+};
+
+// Where a seat may be beyond the surface's own seat test; no rule at all unless set. Read
+// only once set, so anneals side by side can share it.
+class SeatRules
+{
+public:
+    // A seat is usable only when the ray along its normal leaves `hull` (metres) within
+    // `millimetres`.
+    void SetMaxSeatDepth(ConvexHull hull, double millimetres);
+    // No seat may lie inside `volume`.
+    void AddKeepOut(KeepOutVolume volume);
+    // No seat may lie closer than `millimetres` to a neighbour, centre to centre.
+    void SetMinSensorSpacing(double millimetres);
+
+    // The first rule that refuses the seat (metres, mesh frame); none when all allow it.
+    // `neighbours` may be null: no spacing to keep.
+    std::optional<SeatRule> Refusal(const Eigen::Vector3f& position, const Eigen::Vector3f& normal,
+                                    const SeatNeighbours* neighbours) const;
+
+    // The switch that sets `rule`, with its value: "/maxseatdepth 5".
+    std::string Describe(SeatRule rule) const;
+
+private:
+    std::optional<ConvexHull> hull_;
+    double maxSeatDepth_ = 0.0;  // millimetres, as given
+    std::vector<KeepOutVolume> keepOuts_;
+    double minSensorSpacing_ = 0.0;  // millimetres, as given; 0: none
+};
+
+} // namespace kelvorig
