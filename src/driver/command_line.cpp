@@ -168,6 +168,12 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, CommandOptions& 
         }
         else if (is("/restarts", 1))
             argumentError = !ScanInt(arguments[++i], options.restarts);
+        else if (is("/outsummary", 1))
+            options.outSummaryPath = arguments[++i];
+        else if (is("/outpng", 1))
+            options.outPngPath = arguments[++i];
+        else if (is("/outhtml", 1))
+            options.outHtmlPath = arguments[++i];
         else
         {
             std::fprintf(stderr, "Unrecognized command line switch [ %s ].\n", argument.c_str());

@@ -43,6 +43,9 @@ struct CommandOptions
     std::vector<std::string> toolArguments;
     std::optional<int64_t> seed;  // run seed of the varying engines, 0 to 4294967295; none: time and process id
     int32_t restarts = 1;         // independent anneals, the best kept
+    std::string outSummaryPath;   // JSON summary of the analysis
+    std::string outPngPath;       // map of the analysis grid, PNG or SVG by the name's ending
+    std::string outHtmlPath;      // self-contained interactive report
 };
 
 } // namespace kelvorig
