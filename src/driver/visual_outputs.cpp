@@ -97,6 +97,8 @@ bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layou
                                        options.qualityLow, options.qualityHigh);
     const CoverageSummary summary = SummariseCoverage(directions, layout, score);
 
+    if (!options.outSummaryPath.empty())
+        std::fputs(SummaryBlock(inputs, summary, layout).c_str(), stderr);
     bool written = true;
     if (!options.outSummaryPath.empty())
     {
@@ -117,8 +119,6 @@ bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layou
                   WriteOutputFile(options.outHtmlPath, HtmlReport(inputs, summary, layout, directions, surface, map)) &&
                   written;
     }
-    if (!options.outSummaryPath.empty())
-        std::fputs(SummaryBlock(inputs, summary, layout).c_str(), stderr);
     return written;
 }
 

@@ -12,12 +12,14 @@
 
   function table(headings, rows) {
     const element = document.createElement('table');
-    const head = element.insertRow();
-    headings.forEach(function (text) {
-      const cell = document.createElement('th');
-      cell.textContent = text;
-      head.appendChild(cell);
-    });
+    if (headings) {
+      const head = element.insertRow();
+      headings.forEach(function (text) {
+        const cell = document.createElement('th');
+        cell.textContent = text;
+        head.appendChild(cell);
+      });
+    }
     rows.forEach(function (values) {
       const row = element.insertRow();
       values.forEach(function (text) { row.insertCell().textContent = text; });
@@ -38,7 +40,7 @@
     const solvable = summary.solvable_percent;
     const p = summary.position_error_mm;
     const r = summary.rotation_error_degrees;
-    numbers.appendChild(table(['', ''], [
+    numbers.appendChild(table(null, [
       ['score (lower is better)', fixed(summary.score.value, 3) + ' / ' + summary.score.scale +
         ' at ' + summary.score.orientations + ' orientations'],
       ['sensors', String(inputs.sensor_count)],
@@ -54,7 +56,8 @@
     ]));
     const hint = document.createElement('p');
     hint.textContent = 'Drag to turn, wheel to zoom, right-drag to move. The sphere shows the position error ' +
-      'with the base station in that direction; red: unsolvable. Hover a sensor for its numbers.';
+      'with the base station in that direction (the near side faces you); red: unsolvable. ' +
+      'Hover a sensor for its numbers.';
     numbers.appendChild(hint);
 
     const tables = document.getElementById('tables');
@@ -117,8 +120,7 @@
     geometry.setAttribute('color', new THREE.Float32BufferAttribute(colours, 3));
     geometry.setIndex(indices);
     const material = new THREE.MeshBasicMaterial({
-      vertexColors: THREE.VertexColors, transparent: true, opacity: 0.55, depthWrite: false,
-      side: THREE.DoubleSide });
+      vertexColors: THREE.VertexColors, transparent: true, opacity: 0.5, depthWrite: false });
     return new THREE.Mesh(geometry, material);
   }
 
@@ -191,12 +193,20 @@
 
     let sphereDirections = 0;
     if (data.sphere) {
-      scene.add(sphereOfDirections(radius * 1.6));
+      const sphere = sphereOfDirections(radius * 1.5);
+      scene.add(sphere);
       sphereDirections = data.sphere.yaws.length * data.sphere.pitches.length;
+      const toggle = document.createElement('label');
+      toggle.innerHTML = '<input type="checkbox" checked> sphere of directions';
+      toggle.firstChild.addEventListener('change', function (event) {
+        sphere.visible = event.target.checked;
+        render();
+      });
+      document.getElementById('numbers').appendChild(toggle);
     }
 
     const camera = new THREE.PerspectiveCamera(40, view.clientWidth / view.clientHeight, radius * 0.01, radius * 50);
-    camera.position.set(radius * 2.2, radius * 1.6, radius * 4.2);
+    camera.position.set(radius * 2.6, radius * 1.8, radius * 5.0);
     const controls = new THREE.OrbitControls(camera, renderer.domElement);
     controls.target.set(0, 0, 0);
     controls.update();
