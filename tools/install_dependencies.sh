@@ -1,9 +1,12 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages kelvorig builds, tests and benchmarks with (run as root).
+# --for-tests (or its older name --with-openscad) adds what only the test suite uses: OpenSCAD, and
+# Chromium to open the HTML report.
 set -euo pipefail
-packages=(cmake make g++ pkg-config libembree-dev libeigen3-dev libjsoncpp-dev libgtest-dev libbenchmark-dev)
-if [ "${1:-}" = "--with-openscad" ]; then
-    packages+=(openscad)
+packages=(cmake make g++ pkg-config libembree-dev libeigen3-dev libjsoncpp-dev libgtest-dev libbenchmark-dev
+          libcairo2-dev libjs-three)
+if [ "${1:-}" = "--for-tests" ] || [ "${1:-}" = "--with-openscad" ]; then
+    packages+=(openscad chromium)
 fi
 missing=()
 for package in "${packages[@]}"; do

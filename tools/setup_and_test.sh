@@ -4,7 +4,7 @@
 # benchmarks there, to keep the run short).
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash tools/install_dependencies.sh --with-openscad
+bash tools/install_dependencies.sh --for-tests
 bash tools/build.sh
 ctest --test-dir build --output-on-failure -j "$(nproc)"
 cmake -S . -B build-sanitize -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKELVORIG_SANITIZE=ON -DKELVORIG_BUILD_BENCH=OFF >/dev/null
