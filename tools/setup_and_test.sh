@@ -5,7 +5,7 @@
 # present: 60 s per target, two at a time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash tools/install_dependencies.sh --with-openscad --with-fuzz
+bash tools/install_dependencies.sh --for-tests --with-fuzz
 bash tools/build.sh
 ctest --test-dir build --output-on-failure -j "$(nproc)"
 cmake -S . -B build-sanitize -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKELVORIG_SANITIZE=ON -DKELVORIG_BUILD_BENCH=OFF >/dev/null

@@ -1,6 +1,7 @@
 #include "driver/analysis_run.h"
 
 #include "driver/run_limits.h"
+#include "driver/visual_outputs.h"
 #include "quality/pose_solvability.h"
 #include "support/angles.h"
 #include "support/worker_pool.h"
@@ -63,7 +64,7 @@ bool CheckAnalysisStep(const CommandOptions& options)
                      options.angleResolutionDegrees);
         return false;
     }
-    return CheckAnalysisGridSize(options.angleResolutionDegrees);
+    return CheckAnalysisGridSize(options.angleResolutionDegrees) && CheckVisualOutputs(options);
 }
 
 int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,
@@ -88,10 +89,14 @@ int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const Track
     evaluator.SampleAnalysisPoses(kFullTurn, step);
     evaluator.poseVector()[2] = -std::abs(options.distanceBaseMeters);
 
+    std::vector<DirectionQuality> directions;
+    const bool visuals = WantsVisualOutputs(options);
     if (options.baseStationSensitivity)
         evaluator.WriteSensitivityReport(workers);
     else
-        evaluator.WriteCoverageReport(workers);
+        evaluator.WriteCoverageReport(workers, stdout, stderr, visuals ? &directions : nullptr);
+    if (visuals && !WriteVisualOutputs(options, layout, surface, directions))
+        return 1;
     return 0;
 }
 

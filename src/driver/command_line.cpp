@@ -180,6 +180,12 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, CommandOptions& 
             options.normalsFromWinding = true;
         else if (is("/meshunit", 1))
             options.meshUnit = arguments[++i];
+        else if (is("/outsummary", 1))
+            options.outSummaryPath = arguments[++i];
+        else if (is("/outpng", 1))
+            options.outPngPath = arguments[++i];
+        else if (is("/outhtml", 1))
+            options.outHtmlPath = arguments[++i];
         else
         {
             std::fprintf(stderr, "Unrecognized command line switch [ %s ].\n", argument.c_str());

@@ -49,6 +49,9 @@ struct CommandOptions
     std::optional<double> minSensorSpacing;  // millimetres, centre to centre
     bool normalsFromWinding = false;
     std::string meshUnit;                    // "mm", "cm", "m" or "in"; empty: inferred from size
+    std::string outSummaryPath;   // JSON summary of the analysis
+    std::string outPngPath;       // map of the analysis grid, PNG or SVG by the name's ending
+    std::string outHtmlPath;      // self-contained interactive report
 };
 
 } // namespace kelvorig

@@ -80,7 +80,8 @@ double QualityEvaluator::CoverageDistance() const
 }
 
 void QualityEvaluator::AppendCoverageRow(const BaseStationPose& pose, double distance, SensorVisibility* visibility,
-                                         PoseVector& poseVector, std::vector<SweepHit>& hits, std::string& text) const
+                                         PoseVector& poseVector, std::vector<SweepHit>& hits, std::string& text,
+                                         DirectionQuality* direction) const
 {
     const PoseSolve solve = SolvePose(visibility, poseVector, pose.quaternion, pose.rotationVector);
     const size_t visibleCount = solve.visibleCount;
@@ -127,6 +128,13 @@ void QualityEvaluator::AppendCoverageRow(const BaseStationPose& pose, double dis
         }
     }
     text += '\n';
+    if (direction)
+    {
+        *direction = DirectionQuality{pose.gridYaw, pose.gridPitch, 0, static_cast<int32_t>(visibleCount),
+                                      percent.solvable, positionError, rotationError};
+        for (size_t i = 0; visibility && i < visibility->visible.size() && i < 32; ++i)
+            direction->visibleMask |= visibility->visible[i] ? 1u << i : 0u;
+    }
 }
 
 void QualityEvaluator::AppendSensitivityRow(const BaseStationPose& pose, const Triple<double>& start,

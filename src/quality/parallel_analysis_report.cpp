@@ -98,13 +98,18 @@ void AdoptFinalState(const std::vector<RowScratch>& scratch, int32_t lastWorker,
 
 } // namespace
 
-void QualityEvaluator::WriteCoverageReport(WorkerPool& workers, FILE* out, FILE* err)
+void QualityEvaluator::WriteCoverageReport(WorkerPool& workers, FILE* out, FILE* err,
+                                           std::vector<DirectionQuality>* directions)
 {
     const double distance = CoverageDistance();
+    if (directions)
+        directions->assign(poses_.size(), DirectionQuality{});
     auto appendRow = [&](const BaseStationPose& pose, RowScratch& own)
     {
+        // Each pose has its own record, so the workers never write the same one.
+        DirectionQuality* direction = directions ? &(*directions)[static_cast<size_t>(&pose - poses_.data())] : nullptr;
         AppendCoverageRow(pose, distance, own.visibility ? &*own.visibility : nullptr, own.poseVector, own.hits,
-                          own.text);
+                          own.text, direction);
     };
     int32_t lastWorker = -1;
     const std::vector<RowScratch> scratch =

@@ -3,6 +3,7 @@
 #include "model/sensor_model.h"
 #include "quality/base_station_model.h"
 #include "quality/base_station_pose.h"
+#include "quality/direction_quality.h"
 #include "quality/pose_covariance.h"
 #include "quality/pose_vector.h"
 #include "quality/sensor_visibility.h"
@@ -84,7 +85,9 @@ public:
     // on all workers of `workers` (each with a visibility state of its own) and written in
     // pose order, so the text is the same for any number of workers; so is the state the
     // evaluator is left in: everSeen of every pose, visible and poseVector of the last.
-    void WriteCoverageReport(WorkerPool& workers, FILE* out = stdout, FILE* err = stderr);
+    // Given `directions`, the coverage report also leaves there one record per pose.
+    void WriteCoverageReport(WorkerPool& workers, FILE* out = stdout, FILE* err = stderr,
+                             std::vector<DirectionQuality>* directions = nullptr);
     void WriteSensitivityReport(WorkerPool& workers, FILE* out = stdout, FILE* err = stderr);
 
     // The pose solve of the score and both reports: puts q in the rotation slots of
@@ -111,7 +114,8 @@ private:
     // model), `poseVector` and `hits` are the working state, so that several threads can
     // write rows at once, each with state of its own.
     void AppendCoverageRow(const BaseStationPose& pose, double distance, SensorVisibility* visibility,
-                           PoseVector& poseVector, std::vector<SweepHit>& hits, std::string& text) const;
+                           PoseVector& poseVector, std::vector<SweepHit>& hits, std::string& text,
+                           DirectionQuality* direction = nullptr) const;
     void AppendSensitivityRow(const BaseStationPose& pose, const Triple<double>& start,
                               SensorVisibility* visibility, PoseVector& poseVector, std::string& text) const;
     double CoverageDistance() const;

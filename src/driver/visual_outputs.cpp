@@ -1,0 +1,125 @@
+#include "driver/visual_outputs.h"
+
+#include "driver/output_file.h"
+#include "geometry/tracked_surface.h"
+#include "optimiser/anneal_score.h"
+#include "report/coverage_map.h"
+#include "report/coverage_summary.h"
+#include "report/html_report.h"
+
+#include <json/writer.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+namespace kelvorig {
+namespace {
+
+bool EndsWithIgnoringCase(const std::string& text, const std::string& ending)
+{
+    if (text.size() < ending.size())
+        return false;
+    return std::equal(ending.begin(), ending.end(), text.end() - static_cast<std::ptrdiff_t>(ending.size()),
+                      [](char a, char b)
+                      {
+                          return std::tolower(static_cast<unsigned char>(a)) ==
+                                 std::tolower(static_cast<unsigned char>(b));
+                      });
+}
+
+// The layout's file: the one analysed, or the one a generate run wrote.
+std::string LayoutPath(const CommandOptions& options)
+{
+    if (!options.generate)
+        return options.modelPath;
+    return options.outModelPath.empty() ? options.outScadPath : options.outModelPath;
+}
+
+SummaryInputs InputsOf(const CommandOptions& options, const TrackedSurface* surface)
+{
+    SummaryInputs inputs;
+    const std::string layoutPath = LayoutPath(options);
+    inputs.layoutName = std::filesystem::path(layoutPath).stem().string();
+    inputs.modelPath = layoutPath;
+    inputs.sensorsPath = options.sensorsPath;
+    inputs.obstaclePaths = options.obstaclePaths;
+    if (surface != nullptr)
+    {
+        inputs.unitScale = surface->unitScale();
+        const VertexMatrix& vertices = surface->vertices();
+        for (Eigen::Index axis = 0; axis < 3 && vertices.rows() > 0; ++axis)
+        {
+            // Rounded to micrometres: the mesh is in 32-bit floats.
+            const double extent = static_cast<double>(vertices.col(axis).maxCoeff() - vertices.col(axis).minCoeff());
+            inputs.sizeMm[static_cast<size_t>(axis)] = std::round(extent * 1e6) / 1000.0;
+        }
+    }
+    inputs.distanceMeters = std::abs(options.distanceBaseMeters);
+    inputs.maxIncidenceDegrees = options.maxIncidenceAngle;
+    inputs.gridStepDegrees = options.angleResolutionDegrees;
+    inputs.nOrientations = options.nOrientations;
+    return inputs;
+}
+
+} // namespace
+
+bool WantsVisualOutputs(const CommandOptions& options)
+{
+    return !options.outSummaryPath.empty() || !options.outPngPath.empty() || !options.outHtmlPath.empty();
+}
+
+bool CheckVisualOutputs(const CommandOptions& options)
+{
+    if (WantsVisualOutputs(options) && options.baseStationSensitivity)
+    {
+        std::fputs("/outsummary, /outpng and /outhtml read the coverage report, not /basestationsensitivity\n",
+                   stderr);
+        return false;
+    }
+    if (!options.outPngPath.empty() && !EndsWithIgnoringCase(options.outPngPath, ".png") &&
+        !EndsWithIgnoringCase(options.outPngPath, ".svg"))
+    {
+        std::fprintf(stderr, "/outpng %s: the name must end in .png or .svg\n", options.outPngPath.c_str());
+        return false;
+    }
+    return true;
+}
+
+bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layout, const TrackedSurface* surface,
+                        const std::vector<DirectionQuality>& directions)
+{
+    const SummaryInputs inputs = InputsOf(options, surface);
+    const double score = AnnealScoreOf(layout, surface, options.nOrientations, options.maxIncidenceAngle,
+                                       options.qualityLow, options.qualityHigh);
+    const CoverageSummary summary = SummariseCoverage(directions, layout, score);
+
+    if (!options.outSummaryPath.empty())
+        std::fputs(SummaryBlock(inputs, summary, layout).c_str(), stderr);
+    bool written = true;
+    if (!options.outSummaryPath.empty())
+    {
+        const std::string text = Json::StyledWriter().write(SummaryToJson(inputs, summary, layout));
+        written = WriteOutputFile(options.outSummaryPath, text) && written;
+    }
+    if (!options.outPngPath.empty())
+    {
+        const MapFormat format = EndsWithIgnoringCase(options.outPngPath, ".svg") ? MapFormat::kSvg : MapFormat::kPng;
+        std::string bytes;
+        written = DrawCoverageMap(directions, summary, inputs.layoutName, format, bytes) &&
+                  WriteOutputFile(options.outPngPath, bytes) && written;
+    }
+    if (!options.outHtmlPath.empty())
+    {
+        std::string map;
+        written = DrawCoverageMap(directions, summary, inputs.layoutName, MapFormat::kPng, map) &&
+                  WriteOutputFile(options.outHtmlPath, HtmlReport(inputs, summary, layout, directions, surface, map)) &&
+                  written;
+    }
+    return written;
+}
+
+} // namespace kelvorig

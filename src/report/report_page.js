@@ -1,0 +1,251 @@
+// The report page: the device, its sensors and the sphere of directions in three.js, and the
+// summary's numbers as tables. Writes a status line when the first frame is drawn.
+(function () {
+  'use strict';
+  const data = kelvorigData;
+  const summary = data.summary;
+  const status = document.getElementById('kelvorig-status');
+
+  function fixed(value, digits) {
+    return value === null || value === undefined ? '' : Number(value).toFixed(digits);
+  }
+
+  function table(headings, rows) {
+    const element = document.createElement('table');
+    if (headings) {
+      const head = element.insertRow();
+      headings.forEach(function (text) {
+        const cell = document.createElement('th');
+        cell.textContent = text;
+        head.appendChild(cell);
+      });
+    }
+    rows.forEach(function (values) {
+      const row = element.insertRow();
+      values.forEach(function (text) { row.insertCell().textContent = text; });
+    });
+    return element;
+  }
+
+  function section(parent, title, element) {
+    const heading = document.createElement('h2');
+    heading.textContent = title;
+    parent.appendChild(heading);
+    parent.appendChild(element);
+  }
+
+  function showNumbers() {
+    const numbers = document.getElementById('numbers');
+    const inputs = summary.inputs;
+    const solvable = summary.solvable_percent;
+    const p = summary.position_error_mm;
+    const r = summary.rotation_error_degrees;
+    numbers.appendChild(table(null, [
+      ['score (lower is better)', fixed(summary.score.value, 3) + ' / ' + summary.score.scale +
+        ' at ' + summary.score.orientations + ' orientations'],
+      ['sensors', String(inputs.sensor_count)],
+      ['surface', inputs.sensors ? inputs.sensors + ' (' + inputs.unit + ')' : 'none'],
+      ['distance, incidence limit, grid step', inputs.distance_m + ' m, ' + inputs.max_incidence_degrees +
+        '°, ' + inputs.grid_step_degrees + '°'],
+      ['solvable 100 / 99 / 96 / 0 %', [solvable['100'], solvable['99'], solvable['96'], solvable['0']]
+        .map(function (v) { return fixed(v, 2); }).join(' / ') + ' % of directions'],
+    ]));
+    numbers.appendChild(table(['error', 'median', '90 %', '99 %', 'max'], [
+      ['position (mm)', fixed(p.p50, 3), fixed(p.p90, 3), fixed(p.p99, 3), fixed(p.max, 3)],
+      ['rotation (degrees)', fixed(r.p50, 3), fixed(r.p90, 3), fixed(r.p99, 3), fixed(r.max, 3)],
+    ]));
+    const hint = document.createElement('p');
+    hint.textContent = 'Drag to turn, wheel to zoom, right-drag to move. The sphere shows the position error ' +
+      'with the base station in that direction (the near side faces you); red: unsolvable. ' +
+      'Hover a sensor for its numbers.';
+    numbers.appendChild(hint);
+
+    const tables = document.getElementById('tables');
+    section(tables, 'Sensors', table(['id', 'x (mm)', 'y (mm)', 'z (mm)', 'seen from (% of directions)'],
+      summary.sensors.map(function (s) {
+        return [String(s.id), fixed(s.position_mm[0], 2), fixed(s.position_mm[1], 2), fixed(s.position_mm[2], 2),
+          fixed(s.seen_percent, 1)];
+      })));
+    section(tables, 'Worst directions', table(
+      ['yaw (°)', 'pitch (°)', 'sensors seen', 'solvable %', 'position error (mm)', 'rotation error (°)'],
+      summary.worst_directions.map(function (d) {
+        return [fixed(d.yaw_degrees, 1), fixed(d.pitch_degrees, 1), String(d.visible_sensors),
+          String(d.solvable_percent), fixed(d.position_error_mm, 3), fixed(d.rotation_error_degrees, 3)];
+      })));
+  }
+
+  function errorColour(errorMm) {
+    const scale = data.scale;
+    if (errorMm < 0) return scale.unsolvable;
+    const low = Math.log10(scale.lowMm);
+    const high = Math.log10(scale.highMm);
+    let t = (Math.log10(Math.max(errorMm, scale.lowMm)) - low) / (high - low);
+    t = Math.min(1, Math.max(0, t)) * (scale.stops.length - 1);
+    const stop = Math.min(Math.floor(t), scale.stops.length - 2);
+    const a = scale.stops[stop];
+    const b = scale.stops[stop + 1];
+    const f = t - stop;
+    return [a[0] + (b[0] - a[0]) * f, a[1] + (b[1] - a[1]) * f, a[2] + (b[2] - a[2]) * f];
+  }
+
+  function direction(yawDegrees, pitchDegrees) {
+    const yaw = yawDegrees * Math.PI / 180;
+    const pitch = pitchDegrees * Math.PI / 180;
+    return new THREE.Vector3(Math.sin(yaw) * Math.cos(pitch), Math.sin(pitch), Math.cos(yaw) * Math.cos(pitch));
+  }
+
+  function sphereOfDirections(radius) {
+    const sphere = data.sphere;
+    const positions = [];
+    const colours = [];
+    sphere.yaws.forEach(function (yaw, i) {
+      sphere.pitches.forEach(function (pitch, j) {
+        const v = direction(yaw, pitch).multiplyScalar(radius);
+        positions.push(v.x, v.y, v.z);
+        const c = errorColour(sphere.errors[i * sphere.pitches.length + j]);
+        colours.push(c[0], c[1], c[2]);
+      });
+    });
+    const indices = [];
+    const n = sphere.pitches.length;
+    for (let i = 0; i + 1 < sphere.yaws.length; ++i) {
+      for (let j = 0; j + 1 < n; ++j) {
+        const a = i * n + j;
+        const b = (i + 1) * n + j;
+        indices.push(a, a + 1, b, b, a + 1, b + 1);
+      }
+    }
+    const geometry = new THREE.BufferGeometry();
+    geometry.setAttribute('position', new THREE.Float32BufferAttribute(positions, 3));
+    geometry.setAttribute('color', new THREE.Float32BufferAttribute(colours, 3));
+    geometry.setIndex(indices);
+    const material = new THREE.MeshBasicMaterial({
+      vertexColors: THREE.VertexColors, transparent: true, opacity: 0.5, depthWrite: false });
+    return new THREE.Mesh(geometry, material);
+  }
+
+  function numberSprite(text, size) {
+    const canvas = document.createElement('canvas');
+    canvas.width = 64;
+    canvas.height = 64;
+    const context = canvas.getContext('2d');
+    context.fillStyle = 'rgba(255,255,255,0.85)';
+    context.beginPath();
+    context.arc(32, 32, 30, 0, 2 * Math.PI);
+    context.fill();
+    context.fillStyle = '#000';
+    context.font = 'bold 34px sans-serif';
+    context.textAlign = 'center';
+    context.textBaseline = 'middle';
+    context.fillText(text, 32, 34);
+    const sprite = new THREE.Sprite(new THREE.SpriteMaterial({ map: new THREE.CanvasTexture(canvas),
+      depthTest: false }));
+    sprite.scale.set(size, size, 1);
+    return sprite;
+  }
+
+  function showScene() {
+    const view = document.getElementById('view');
+    const renderer = new THREE.WebGLRenderer({ antialias: true, preserveDrawingBuffer: true });
+    renderer.setPixelRatio(window.devicePixelRatio || 1);
+    renderer.setSize(view.clientWidth, view.clientHeight);
+    renderer.setClearColor(0xf4f4f4);
+    view.insertBefore(renderer.domElement, view.firstChild);
+
+    const scene = new THREE.Scene();
+    scene.add(new THREE.AmbientLight(0xffffff, 0.45));
+    const light = new THREE.DirectionalLight(0xffffff, 0.7);
+    scene.add(light);
+
+    const sensors = summary.sensors;
+    let radius = 0;
+    sensors.forEach(function (s) { radius = Math.max(radius, new THREE.Vector3().fromArray(s.position_mm).length()); });
+    let triangles = 0;
+    if (data.mesh.length > 0) {
+      const geometry = new THREE.BufferGeometry();
+      geometry.setAttribute('position', new THREE.Float32BufferAttribute(data.mesh, 3));
+      geometry.computeVertexNormals();
+      geometry.computeBoundingSphere();
+      radius = Math.max(radius, geometry.boundingSphere.center.length() + geometry.boundingSphere.radius);
+      scene.add(new THREE.Mesh(geometry, new THREE.MeshPhongMaterial({ color: 0xe0a060, side: THREE.DoubleSide })));
+      triangles = data.mesh.length / 9;
+    }
+    radius = Math.max(radius, 1);
+
+    const markerSize = radius * 0.045;
+    const markers = [];
+    const markerGeometry = new THREE.ConeBufferGeometry(markerSize * 0.5, markerSize * 1.6, 12);
+    markerGeometry.translate(0, markerSize * 0.8, 0);
+    sensors.forEach(function (s, index) {
+      const position = new THREE.Vector3().fromArray(s.position_mm);
+      const normal = new THREE.Vector3().fromArray(data.normals[index]);
+      if (normal.lengthSq() > 0) normal.normalize(); else normal.set(0, 1, 0);
+      const marker = new THREE.Mesh(markerGeometry, new THREE.MeshPhongMaterial({ color: 0x1a9641 }));
+      marker.position.copy(position);
+      marker.quaternion.setFromUnitVectors(new THREE.Vector3(0, 1, 0), normal);
+      marker.userData = s;
+      scene.add(marker);
+      markers.push(marker);
+      const label = numberSprite(String(s.id), markerSize * 1.6);
+      label.position.copy(position).addScaledVector(normal, markerSize * 2.6);
+      scene.add(label);
+    });
+
+    let sphereDirections = 0;
+    if (data.sphere) {
+      const sphere = sphereOfDirections(radius * 1.5);
+      scene.add(sphere);
+      sphereDirections = data.sphere.yaws.length * data.sphere.pitches.length;
+      const toggle = document.createElement('label');
+      toggle.innerHTML = '<input type="checkbox" checked> sphere of directions';
+      toggle.firstChild.addEventListener('change', function (event) {
+        sphere.visible = event.target.checked;
+        render();
+      });
+      document.getElementById('numbers').appendChild(toggle);
+    }
+
+    const camera = new THREE.PerspectiveCamera(40, view.clientWidth / view.clientHeight, radius * 0.01, radius * 50);
+    camera.position.set(radius * 2.6, radius * 1.8, radius * 5.0);
+    const controls = new THREE.OrbitControls(camera, renderer.domElement);
+    controls.target.set(0, 0, 0);
+    controls.update();
+
+    const tooltip = document.getElementById('tooltip');
+    const raycaster = new THREE.Raycaster();
+    renderer.domElement.addEventListener('mousemove', function (event) {
+      const box = renderer.domElement.getBoundingClientRect();
+      const pointer = new THREE.Vector2((event.clientX - box.left) / box.width * 2 - 1,
+        -(event.clientY - box.top) / box.height * 2 + 1);
+      raycaster.setFromCamera(pointer, camera);
+      const hits = raycaster.intersectObjects(markers);
+      if (hits.length === 0) {
+        tooltip.style.display = 'none';
+        return;
+      }
+      const s = hits[0].object.userData;
+      tooltip.textContent = 'sensor ' + s.id + ': (' + s.position_mm.map(function (v) { return fixed(v, 2); })
+        .join(', ') + ') mm, seen from ' + fixed(s.seen_percent, 1) + ' % of directions';
+      tooltip.style.left = (event.clientX - box.left + 14) + 'px';
+      tooltip.style.top = (event.clientY - box.top + 14) + 'px';
+      tooltip.style.display = 'block';
+    });
+
+    function render() {
+      light.position.copy(camera.position);
+      renderer.render(scene, camera);
+    }
+    controls.addEventListener('change', render);
+    render();
+    status.textContent = 'ready: ' + triangles + ' mesh triangles, ' + markers.length + ' sensors, ' +
+      sphereDirections + ' sphere directions, ' + renderer.info.render.triangles + ' triangles drawn';
+  }
+
+  showNumbers();
+  try {
+    showScene();
+  } catch (error) {
+    status.textContent = 'the 3D view could not be shown: ' + error.message;
+    throw error;
+  }
+})();
