@@ -1,7 +1,7 @@
 #include "quality/quality_evaluator.h"
 
 #include "quality/reference_pose_error.h"
-#include "support/captured_files.h"
+#include "support/cli_runner.h"
 #include "support/worker_pool.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "geometry/tracked_surface.h"
 #include "optimiser/mesh_surface.h"
 #include "support/angles.h"
-#include "support/captured_files.h"
+#include "support/cli_runner.h"
 #include "support/occluded_cube.h"
 #include "support/worker_pool.h"
 
@@ -63,7 +63,7 @@ Report RunReport(const ReportSetup& setup, WorkerPool* workers)
 
     WorkerPool one(1);
     WorkerPool& pool = workers ? *workers : one;
-    const test::CapturedFiles text = test::CaptureFiles(
+    const test::CliResult text = test::CaptureFiles(
         [&](FILE* out, FILE* err)
         {
             if (setup.sensitivity)
@@ -123,7 +123,7 @@ TEST(ParallelAnalysisReport, EvaluatorWithoutAModelWritesTheSameEmptyRows)
         evaluator.SampleAnalysisPoses(kFullTurn, DegreesToRadians(30.0));
         WorkerPool one(1);
         WorkerPool& pool = workers ? *workers : one;
-        const test::CapturedFiles text =
+        const test::CliResult text =
             test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(pool, out, err); });
         return text.out + text.err;
     };
