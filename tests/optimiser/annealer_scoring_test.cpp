@@ -1,7 +1,7 @@
 #include "optimiser/sensor_placement_annealer.h"
 
 #include "geometry/tracked_surface.h"
-#include "optimiser/mesh_surface.h"
+#include "support/mesh_surface.h"
 #include "optimiser/placement_problem.h"
 #include "support/occluded_cube.h"
 #include "support/random_draws.h"

@@ -1,7 +1,7 @@
 #include "optimiser/placement_problem.h"
 
 #include "geometry/tracked_surface.h"
-#include "optimiser/mesh_surface.h"
+#include "support/mesh_surface.h"
 #include "optimiser/sensor_placement_annealer.h"
 #include "quality/quality_evaluator.h"
 #include "support/angles.h"

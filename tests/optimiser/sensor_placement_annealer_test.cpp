@@ -2,7 +2,7 @@
 
 #include "geometry/tracked_surface.h"
 #include "optimiser/placement_problem.h"
-#include "optimiser/mesh_surface.h"
+#include "support/mesh_surface.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "quality/incremental_evaluator.h"
 
 #include "geometry/tracked_surface.h"
-#include "optimiser/mesh_surface.h"
+#include "support/mesh_surface.h"
 #include "support/occluded_cube.h"
 #include "support/worker_pool.h"
 

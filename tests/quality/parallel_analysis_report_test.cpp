@@ -1,7 +1,7 @@
 #include "quality/quality_evaluator.h"
 
 #include "geometry/tracked_surface.h"
-#include "optimiser/mesh_surface.h"
+#include "support/mesh_surface.h"
 #include "support/angles.h"
 #include "support/cli_runner.h"
 #include "support/occluded_cube.h"
