@@ -3,7 +3,7 @@
 #include "geometry/tracked_surface.h"
 #include "support/mesh_surface.h"
 #include "optimiser/placement_problem.h"
-#include "support/occluded_cube.h"
+#include "support/test_meshes.h"
 #include "support/random_draws.h"
 #include "support/worker_pool.h"
 
