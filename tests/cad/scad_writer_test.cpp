@@ -1,16 +1,20 @@
 #include "cad/scad_writer.h"
 
-#include "support/scad_drawing.h"
+#include "support/cli_runner.h"
+#include "support/test_meshes.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 
 namespace kelvorig {
 namespace {
 
-using test::kScadDisc;
-using test::ScadDrawingTail;
+// The fixed part of every drawing from the sensor list's closing "];" on.
+const std::string kTail = "];\n\nscale([1000, 1000, 1000])\n\tconstellation();\n\nmodule constellation() {\n\tfor(s = "
+                          "sensors)\n\t\ttranslate(s[1])\n\t\t\trotate(s[2], s[3])\n\t\t\t\tsensor(s[0]);\n}\n\n"
+                          "module sensor(spec) {\n\tcolor(spec[1])\n\t\tcylinder(r = 0.0025, h = 0.001);\n}\n";
 
 TEST(WriteScadFile, DrawsTheSensorRowsInMillimetresWithoutASurface)
 {
@@ -23,7 +27,7 @@ TEST(WriteScadFile, DrawsTheSensorRowsInMillimetresWithoutASurface)
               "\n$fn = 40;\n\nscale([1000, 1000, 1000]) {\n}\n\nsensors = [\n"
               "\t[ [ 7, \"lime\" ], [ 0.0123457, -0.05, 0.045], -0, [1, 0, 0] ],\n"
               "\t[ [ -1, \"lime\" ], [ 1, 2, 3], -90, [0, -1, 0] ],\n" +
-                  ScadDrawingTail(kScadDisc));
+                  kTail);
 
     // Bare seats are numbered by row, and a seat without a normal points along +Z.
     TrackedObjectModel seats;
@@ -70,6 +74,22 @@ TEST(RotationText, TurnsZOntoTheNormal)
     const std::string text = RotationText(normal);
     EXPECT_NEAR(-std::stod(text), std::acos(static_cast<double>(normal.z())) * 180.0 / 3.141592653589793, 1e-3);
     EXPECT_NE(text.find("[-0.8, -0.6, 0]"), std::string::npos) << text;
+}
+
+// OpenSCAD itself reads a drawing with normals and both kinds of mesh.
+TEST(WriteScadFile, OpenScadAcceptsTheDrawing)
+{
+    if (std::system("command -v openscad > /dev/null 2>&1") != 0)
+        GTEST_SKIP() << "openscad is not on PATH";
+    const test::TempDir dir;
+    test::WriteFile(dir.File("m.json"), R"({"channelMap": [3, -1], "modelPoints": [[0.01, -0.02, 0.045], [0.09, 0, 0]],
+        "modelNormals": [[0, 0, 1], [2, 0, 0]]})");
+    test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(Eigen::Vector3f(180, 110, 90)));
+    test::WriteFile(dir.File("strap.stl"), test::TextStl(test::MakeBox({20, 20, 20}, {0, 0, -80})));
+    ASSERT_EQ(test::RunKelvorig({"/model", "m.json", "/sensors", "shell.stl", "/obstacles", "strap.stl", "/outscad",
+                                 "m.scad", "/withscadnormals"}, dir.path()).status, 0);
+    EXPECT_EQ(std::system(("cd '" + dir.path() + "' && openscad -o out.csg m.scad > log 2>&1").c_str()), 0)
+        << test::ReadFile(dir.File("log"));
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "geometry/stl_reader.h"
-#include "optimiser/mesh_surface.h"
+#include "support/mesh_surface.h"
 #include "optimiser/sensor_placement_annealer.h"
 #include "support/cli_runner.h"
 #include "support/test_meshes.h"

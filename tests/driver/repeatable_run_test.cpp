@@ -6,12 +6,9 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <sstream>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -20,43 +17,7 @@
 namespace kelvorig {
 namespace {
 
-using test::CliResult;
 using test::ReadFile;
-using test::RunKelvorig;
-
-// A 10 cm box, and a quick generate run on it writing both files into `dir`.
-struct BoxRun
-{
-    test::TempDir dir;
-    std::string surface = dir.File("box.stl");
-    std::string json = dir.File("out.json");
-    std::string scad = dir.File("out.scad");
-
-    BoxRun() { test::WriteBinaryStl(surface, test::MakeBox(Eigen::Vector3f(0.1f, 0.1f, 0.1f))); }
-
-    std::vector<std::string> Generate(std::vector<std::string> more, const char* iterations = "1") const
-    {
-        std::vector<std::string> arguments = {"/generate", "/nsensors", "6", "/sensors", surface, "/outmodel", json,
-                                              "/outscad", scad, "/norientations", "40", "/niterations", iterations,
-                                              "/coolingrate", "0.5", "/angleresolutiondegrees", "30"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return arguments;
-    }
-};
-
-struct RunFiles
-{
-    CliResult result;
-    std::string json;
-    std::string scad;
-};
-
-RunFiles RunAndRead(const BoxRun& box, const std::vector<std::string>& more)
-{
-    RunFiles run{RunKelvorig(box.Generate(more)), ReadFile(box.json), ReadFile(box.scad)};
-    EXPECT_EQ(run.result.status, 0) << run.result.err;
-    return run;
-}
 
 std::vector<std::string> Lines(const std::string& text)
 {
@@ -67,101 +28,87 @@ std::vector<std::string> Lines(const std::string& text)
     return lines;
 }
 
-// The score as written in the first line of a JSON output.
-std::string ScoreText(const std::string& json)
+// A 10 cm box, and quick generate runs on it writing both files into the box's directory.
+struct BoxRun
 {
-    const std::string head = "// Final Quality Score: ";
-    const std::string first = Lines(json).at(0);
-    return first.substr(head.size(), first.find(" / ") - head.size());
+    test::TempDir dir;
+    std::string json = dir.File("out.json");
+    std::string scad = dir.File("out.scad");
+
+    BoxRun() { test::WriteBinaryStl(dir.File("box.stl"), test::MakeBox(Eigen::Vector3f(0.1f, 0.1f, 0.1f))); }
+
+    std::vector<std::string> Generate(std::vector<std::string> more, const char* iterations = "1") const
+    {
+        more.insert(more.begin(), {"/generate", "/nsensors", "6", "/sensors", dir.File("box.stl"), "/outmodel", json,
+                                   "/outscad", scad, "/norientations", "40", "/niterations", iterations,
+                                   "/coolingrate", "0.5", "/angleresolutiondegrees", "30"});
+        return more;
+    }
+
+    // Runs and returns standard output, standard error, the JSON and the drawing.
+    std::vector<std::string> Run(const std::vector<std::string>& more) const
+    {
+        const test::CliResult result = test::RunKelvorig(Generate(more));
+        EXPECT_EQ(result.status, 0) << result.err;
+        return {result.out, result.err, ReadFile(json), ReadFile(scad)};
+    }
+};
+
+// The score in the first line of a JSON output.
+double Score(const std::string& json)
+{
+    return std::stod(json.substr(std::string("// Final Quality Score: ").size()));
 }
 
 TEST(RepeatableRun, TheSameSeedWritesTheSameFilesAtAnyThreadCount)
 {
     const BoxRun box;
-    const RunFiles one = RunAndRead(box, {"/seed", "7", "/threads", "1"});
-    EXPECT_EQ(Lines(one.json).at(1), "// Seed: 7");
-    EXPECT_EQ(Lines(one.scad).at(1), "/* Seed: 7 */");
-    // Two threads, and /restarts 1 as well, change nothing at all.
-    for (const RunFiles& same : {RunAndRead(box, {"/seed", "7", "/threads", "2"}),
-                                 RunAndRead(box, {"/seed", "7", "/restarts", "1"})})
-    {
-        EXPECT_EQ(same.json, one.json);
-        EXPECT_EQ(same.scad, one.scad);
-        EXPECT_EQ(same.result.out, one.result.out);
-        EXPECT_EQ(same.result.err, one.result.err);
-    }
-    const RunFiles other = RunAndRead(box, {"/seed", "8"});
-    EXPECT_NE(other.json.substr(other.json.find('{')), one.json.substr(one.json.find('{')));
+    const std::vector<std::string> one = box.Run({"/seed", "7", "/threads", "1"});
+    EXPECT_EQ(Lines(one[2]).at(1), "// Seed: 7");
+    EXPECT_EQ(Lines(one[3]).at(1), "/* Seed: 7 */");
+    EXPECT_EQ(box.Run({"/seed", "7", "/threads", "2"}), one);
+    EXPECT_EQ(box.Run({"/seed", "7", "/restarts", "1"}), one);
+    const std::string other = box.Run({"/seed", "8"})[2];
+    EXPECT_NE(other.substr(other.find('{')), one[2].substr(one[2].find('{')));
     for (const auto& entry : std::filesystem::directory_iterator(box.dir.path()))
         EXPECT_NE(entry.path().extension(), ".tmp");
 
     // The seats of /verifycoverage repeat too.
-    const std::vector<std::string> coverage = {"/verifycoverage", "30", "/sensors", box.surface, "/outscad", box.scad,
-                                               "/seed", "3"};
-    ASSERT_EQ(RunKelvorig(coverage).status, 0);
+    const std::vector<std::string> coverage = {"/verifycoverage", "30", "/sensors", box.dir.File("box.stl"),
+                                               "/outscad", box.scad, "/seed", "3"};
+    ASSERT_EQ(test::RunKelvorig(coverage).status, 0);
     const std::string first = ReadFile(box.scad);
-    ASSERT_EQ(RunKelvorig(coverage).status, 0);
+    ASSERT_EQ(test::RunKelvorig(coverage).status, 0);
     EXPECT_EQ(ReadFile(box.scad), first);
 }
 
-TEST(RepeatableRun, RestartsKeepTheBestOfTheSingleRunsWithTheirSeeds)
+// Restarts keep the best of the single runs of seeds 7 to 10, and print one line per restart,
+// in the order they finish, in place of the dots.
+TEST(RepeatableRun, RestartsKeepTheBestOfTheSingleRuns)
 {
     const BoxRun box;
+    std::vector<std::string> best;
     std::vector<std::string> expectedErr;
-    RunFiles best;
     for (int seed = 7; seed <= 10; ++seed)
     {
-        const RunFiles single = RunAndRead(box, {"/seed", std::to_string(seed)});
+        const std::vector<std::string> single = box.Run({"/seed", std::to_string(seed)});
         if (expectedErr.empty())
-            expectedErr.push_back(Lines(single.result.err).at(0));  // the duration line
-        expectedErr.push_back("restart " + std::to_string(seed - 6) + "/4: " + ScoreText(single.json) + " (seed " +
-                              std::to_string(seed) + ")");
-        if (best.json.empty() || std::stod(ScoreText(single.json)) < std::stod(ScoreText(best.json)))
+            expectedErr.push_back(Lines(single[1]).at(0));  // the duration line
+        const std::string head = Lines(single[2]).at(0);
+        expectedErr.push_back("restart " + std::to_string(seed - 6) + "/4: " +
+                              head.substr(24, head.find(" / ") - 24) + " (seed " + std::to_string(seed) + ")");
+        if (best.empty() || Score(single[2]) < Score(best[2]))
             best = single;
     }
-
-    const RunFiles restarts = RunAndRead(box, {"/restarts", "4", "/seed", "7"});
-    EXPECT_EQ(restarts.json, best.json);
-    EXPECT_EQ(restarts.scad, best.scad);
-    EXPECT_EQ(restarts.result.out, best.result.out);
-    // One line per restart, in the order they finish, in place of the dots.
-    std::vector<std::string> err = Lines(restarts.result.err);
+    std::vector<std::string> restarts = box.Run({"/restarts", "4", "/seed", "7"});
+    std::vector<std::string> err = Lines(restarts[1]);
     ASSERT_FALSE(err.empty());
     std::sort(err.begin() + 1, err.end());
     std::sort(expectedErr.begin() + 1, expectedErr.end());
     EXPECT_EQ(err, expectedErr);
-}
-
-// Unwritable outputs end the run before the report; seeds and counts out of range are refused.
-TEST(RepeatableRun, RefusalsHaveTheirMessages)
-{
-    const BoxRun box;
-    const std::string missing = box.dir.File("missing/out");
-    const std::string noFile = ": No such file or directory\n";
-    const std::string badSeed = ": the seed must be a whole number from 0 to 4294967295\n";
-    const struct
-    {
-        std::vector<std::string> arguments;
-        std::string message;
-    } cases[] = {
-        {box.Generate({"/outmodel", missing + ".json"}), "cannot write " + missing + ".json" + noFile},
-        {box.Generate({"/outscad", missing + ".scad"}), "cannot write " + missing + ".scad" + noFile},
-        {box.Generate({"/outmodel", box.dir.path()}), "cannot write " + box.dir.path() + ": Is a directory\n"},
-        {{"/verifycoverage", "5", "/sensors", box.surface, "/outscad", missing}, "cannot write " + missing + noFile},
-        {box.Generate({"/seed", "-1"}), "/seed -1" + badSeed},
-        {box.Generate({"/seed", "4294967296"}), "/seed 4294967296" + badSeed},
-        {box.Generate({"/restarts", "0"}), "/restarts 0: the count must be 1 or more\n"},
-    };
-    for (const auto& c : cases)
-    {
-        const CliResult result = RunKelvorig(c.arguments);
-        EXPECT_EQ(result.status, 1) << c.message;
-        EXPECT_EQ(result.out, "") << c.message;
-        EXPECT_TRUE(result.err.ends_with(c.message)) << result.err;
-    }
-    const std::string usage = RunKelvorig({}).err;
-    EXPECT_EQ(usage.find("/seed"), std::string::npos);
-    EXPECT_EQ(usage.find("/restarts"), std::string::npos);
+    EXPECT_EQ(restarts[0], best[0]);
+    EXPECT_EQ(restarts[2], best[2]);
+    EXPECT_EQ(restarts[3], best[3]);
 }
 
 // Starts the binary with standard error in `errPath` and sends `signal` once that holds `ready`,
@@ -170,15 +117,14 @@ TEST(RepeatableRun, RefusalsHaveTheirMessages)
 int InterruptWhen(const std::vector<std::string>& arguments, const std::string& errPath, const std::string& ready,
                   int signal)
 {
-    const bool readyIsFile = ready.starts_with('/');
-    test::WriteFile(errPath, "");  // nothing of an earlier run may count as ready
+    test::WriteFile(errPath, "");
     const pid_t child = fork();
     if (child == 0)
     {
         dup2(open("/dev/null", O_WRONLY), 1);
         dup2(open(errPath.c_str(), O_WRONLY), 2);
-        std::vector<std::string> copies = arguments;
         std::string binary = KELVORIG_BINARY;
+        std::vector<std::string> copies = arguments;
         std::vector<char*> argv = {binary.data()};
         for (std::string& argument : copies)
             argv.push_back(argument.data());
@@ -192,8 +138,8 @@ int InterruptWhen(const std::vector<std::string>& arguments, const std::string& 
     {
         if (waitpid(child, &status, WNOHANG) == child)
             return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        const bool isReady =
-            readyIsFile ? std::filesystem::exists(ready) : ReadFile(errPath).find(ready) != std::string::npos;
+        const bool isReady = ready.starts_with('/') ? std::filesystem::exists(ready)
+                                                    : ReadFile(errPath).find(ready) != std::string::npos;
         if (!sent && isReady)
             sent = kill(child, signal) == 0;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -203,7 +149,9 @@ int InterruptWhen(const std::vector<std::string>& arguments, const std::string& 
     return -1;
 }
 
-TEST(RepeatableRun, AnInterruptedRunWritesTheBestLayoutSoFarAndSkipsTheReport)
+// An interrupted anneal writes the best layout so far, marked, and skips the report; during
+// the report the files are complete and stay as they are.
+TEST(RepeatableRun, AnInterruptedRunWritesCompleteFilesAndEndsWith130)
 {
     const BoxRun box;
     const std::string errPath = box.dir.File("err.txt");
@@ -213,10 +161,8 @@ TEST(RepeatableRun, AnInterruptedRunWritesTheBestLayoutSoFarAndSkipsTheReport)
         std::string ready;  // what shows that the run is where the signal should find it
         int signal;
     } cases[] = {
-        // Far more moves than can run before the signal.
         {box.Generate({"/seed", "5"}, "100000"), "....", SIGINT},
         {box.Generate({"/restarts", "3", "/seed", "5"}, "100000"), "anneal duration: ", SIGTERM},
-        // During the report the files are complete, and stay as they are.
         {box.Generate({"/seed", "5", "/angleresolutiondegrees", "0.05"}), box.json, SIGINT},
     };
     for (const auto& c : cases)
@@ -227,21 +173,17 @@ TEST(RepeatableRun, AnInterruptedRunWritesTheBestLayoutSoFarAndSkipsTheReport)
         ASSERT_GE(json.size(), 4u);
         // Of the restarts, the second may have begun and done better.
         EXPECT_TRUE(json[1] == "// Seed: 5" || json[1] == "// Seed: 6") << json[1];
-        const CliResult analysis = RunKelvorig({"/model", box.json, "/angleresolutiondegrees", "30"});
-        EXPECT_EQ(analysis.status, 0) << analysis.err;
+        EXPECT_EQ(test::RunKelvorig({"/model", box.json, "/angleresolutiondegrees", "30"}).status, 0);
         if (c.ready == box.json)
         {
             EXPECT_EQ(json[2], "{");
             continue;
         }
-
         const std::string interrupted = json[2].substr(3);
         EXPECT_EQ(Lines(ReadFile(box.scad)).at(2), "/* " + interrupted + " */");
         EXPECT_TRUE(ReadFile(errPath).ends_with(interrupted + "\n"));
-        long long made = 0;
-        long long planned = 0;
-        ASSERT_EQ(std::sscanf(interrupted.c_str(), "Interrupted after %lld of %lld moves", &made, &planned), 2)
-            << interrupted;
+        long long made = 0, planned = 0;
+        ASSERT_EQ(std::sscanf(interrupted.c_str(), "Interrupted after %lld of %lld moves", &made, &planned), 2);
         EXPECT_LT(made, planned);
     }
 }

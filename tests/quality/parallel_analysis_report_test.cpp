@@ -1,29 +1,14 @@
 #include "quality/quality_evaluator.h"
 
-#include "geometry/tracked_surface.h"
-#include "optimiser/mesh_surface.h"
 #include "support/angles.h"
-#include "support/captured_files.h"
-#include "support/occluded_cube.h"
+#include "support/cli_runner.h"
+#include "support/mesh_surface.h"
 #include "support/worker_pool.h"
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace kelvorig {
 namespace {
-
-constexpr double kFullTurn = 6.283185307179586;
-
-struct Report
-{
-    std::string out;
-    std::string err;
-    PoseVector poseVector;
-    std::vector<bool> visible;
-    std::vector<bool> everSeen;
-};
 
 struct ReportSetup
 {
@@ -33,17 +18,17 @@ struct ReportSetup
     double stepDegrees = 10.0;
 };
 
-// Nine sensors seated on the occluded cube plus one that the slab always hides, analysed
-// 2.5 m away; the report is written on `workers` when given.
-Report RunReport(const ReportSetup& setup, WorkerPool* workers)
+// Nine sensors seated on the occluded cube and one that the slab always hides (id 17),
+// analysed 2.5 m away on `threads` workers; the text of both streams, then what the
+// evaluator is left with.
+std::vector<std::string> RunReport(const ReportSetup& setup, int32_t threads)
 {
     test::MeshSurface mesh(test::MakeOccludedCube(), 7);
     TrackedObjectModel model;
     model.valid = true;
     for (int i = 0; i < 10; ++i)
     {
-        Eigen::Vector3f position = test::kUnderTheSlab;
-        Eigen::Vector3f normal = test::kUnderTheSlabNormal;
+        Eigen::Vector3f position = test::kUnderTheSlab, normal = test::kUnderTheSlabNormal;
         if (i != 4)
             mesh.surface().SampleSeat(position, normal);
         model.channelMap.push_back(i == 4 ? 17 : i);
@@ -52,85 +37,44 @@ Report RunReport(const ReportSetup& setup, WorkerPool* workers)
     }
     SensorLayout layout(model, kIdentityTransform);
     layout.cosMaxIncidence = 0.5;
-
     QualityEvaluator evaluator;
     evaluator.SetModel(layout);
     evaluator.SetSurface(setup.occlusion ? &mesh.surface() : nullptr);
     if (setup.tilt != 0.0)
         evaluator.SetBaseStationModel(BaseStationModel{kTiltedBaseStationKind, setup.tilt});
-    evaluator.SampleAnalysisPoses(kFullTurn, DegreesToRadians(setup.stepDegrees));
+    evaluator.SampleAnalysisPoses(6.283185307179586, DegreesToRadians(setup.stepDegrees));
     evaluator.poseVector()[2] = -2.5;
-
-    WorkerPool one(1);
-    WorkerPool& pool = workers ? *workers : one;
-    const test::CapturedFiles text = test::CaptureFiles(
-        [&](FILE* out, FILE* err)
-        {
-            if (setup.sensitivity)
-                evaluator.WriteSensitivityReport(pool, out, err);
-            else
-                evaluator.WriteCoverageReport(pool, out, err);
-        });
-    return {text.out, text.err, evaluator.poseVector(), evaluator.visibility()->visible,
-            evaluator.visibility()->everSeen};
+    WorkerPool workers(threads);
+    const test::CliResult text = test::CaptureFiles([&](FILE* out, FILE* err) {
+        setup.sensitivity ? evaluator.WriteSensitivityReport(workers, out, err)
+                          : evaluator.WriteCoverageReport(workers, out, err);
+    });
+    std::string state;
+    for (double v : evaluator.poseVector())
+        state += std::to_string(v) + ' ';
+    for (size_t i = 0; i < 10; ++i)
+        state += std::to_string(evaluator.visibility()->visible[i]) + std::to_string(evaluator.visibility()->everSeen[i]);
+    return {text.out, text.err, state};
 }
 
-// Every report, serial and on 1 to 3 threads, byte for byte; a 3 degree grid holds more
-// rows than are computed between two writes.
+// Every report on 2 and 3 threads is the one-thread text byte for byte; a 3 degree grid holds
+// more rows than are computed between two writes.
 TEST(ParallelAnalysisReport, TextIsTheOneThreadTextByteForByte)
 {
-    const struct
+    const ReportSetup setups[] = {{}, {.occlusion = false}, {.tilt = 0.4}, {.stepDegrees = 3.0},
+                                  {.sensitivity = true}, {.sensitivity = true, .tilt = 0.4}};
+    for (const ReportSetup& setup : setups)
     {
-        const char* name;
-        ReportSetup setup;
-    } cases[] = {
-        {"coverage", {}},
-        {"coverage without occlusion", {.occlusion = false}},
-        {"coverage, tilted sweep", {.tilt = 0.4}},
-        {"fine coverage", {.stepDegrees = 3.0}},
-        {"sensitivity", {.sensitivity = true}},
-        {"sensitivity, tilted sweep", {.sensitivity = true, .tilt = 0.4}},
-    };
-    for (const auto& c : cases)
-    {
-        const Report reference = RunReport(c.setup, nullptr);
-        ASSERT_FALSE(reference.out.empty()) << c.name;
-        for (const int32_t threads : {1, 2, 3})
-        {
-            WorkerPool workers(threads);
-            const Report parallel = RunReport(c.setup, &workers);
-            EXPECT_TRUE(parallel.out == reference.out) << c.name << ", " << threads << " threads";
-            EXPECT_EQ(parallel.err, reference.err) << c.name << ", " << threads << " threads";
-            EXPECT_EQ(parallel.poseVector, reference.poseVector) << c.name << ", " << threads << " threads";
-            EXPECT_EQ(parallel.visible, reference.visible) << c.name << ", " << threads << " threads";
-            EXPECT_EQ(parallel.everSeen, reference.everSeen) << c.name << ", " << threads << " threads";
-        }
+        const std::vector<std::string> one = RunReport(setup, 1);
+        ASSERT_FALSE(one[0].empty());
+        for (const int32_t threads : {2, 3})
+            EXPECT_TRUE(RunReport(setup, threads) == one) << threads << " threads, step " << setup.stepDegrees;
     }
-
-    // The premise: the hidden sensor is named at the end, and rows differ in what they see.
-    const Report coverage = RunReport(ReportSetup{}, nullptr);
-    EXPECT_EQ(coverage.err, "did not see sensor id 17\n");
-    EXPECT_NE(coverage.out.find(" 100 0 "), std::string::npos);
-    EXPECT_NE(coverage.out.find(" 0 100 "), std::string::npos);
-}
-
-// Without a model every row sees nothing, on any number of threads.
-TEST(ParallelAnalysisReport, EvaluatorWithoutAModelWritesTheSameEmptyRows)
-{
-    const auto write = [](WorkerPool* workers)
-    {
-        QualityEvaluator evaluator;
-        evaluator.SampleAnalysisPoses(kFullTurn, DegreesToRadians(30.0));
-        WorkerPool one(1);
-        WorkerPool& pool = workers ? *workers : one;
-        const test::CapturedFiles text =
-            test::CaptureFiles([&](FILE* out, FILE* err) { evaluator.WriteCoverageReport(pool, out, err); });
-        return text.out + text.err;
-    };
-    const std::string reference = write(nullptr);
-    ASSERT_NE(reference.find(" 0 0 0 0 0 100 1.000000 1.000000\n"), std::string::npos) << reference;
-    WorkerPool workers(2);
-    EXPECT_EQ(write(&workers), reference);
+    // The premise: the hidden sensor is named, and rows differ in what they see.
+    const std::vector<std::string> coverage = RunReport({}, 1);
+    EXPECT_EQ(coverage[1], "did not see sensor id 17\n");
+    EXPECT_NE(coverage[0].find(" 100 0 "), std::string::npos);
+    EXPECT_NE(coverage[0].find(" 0 100 "), std::string::npos);
 }
 
 } // namespace

@@ -1,9 +1,10 @@
 #include "support/cli_runner.h"
 
-#include <cstdio>
-#include <cstdlib>
+#include "driver/driver.h"
+
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 #include <stdexcept>
 
@@ -12,39 +13,22 @@
 #include <unistd.h>
 
 namespace kelvorig::test {
-namespace {
-
-std::string Slurp(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-} // namespace
 
 CliResult RunKelvorig(const std::vector<std::string>& arguments, const std::string& workingDirectory)
 {
     TempDir capture;
-    const std::string outPath = capture.File("stdout");
-    const std::string errPath = capture.File("stderr");
-
     const pid_t child = fork();
     if (child < 0)
         throw std::runtime_error("fork failed");
     if (child == 0)
     {
-        const int outFd = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        const int errFd = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        dup2(outFd, 1);
-        dup2(errFd, 2);
+        dup2(open(capture.File("out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
+        dup2(open(capture.File("err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
         if (!workingDirectory.empty() && chdir(workingDirectory.c_str()) != 0)
             _exit(127);
-        std::vector<char*> argv;
         std::string binary = KELVORIG_BINARY;
-        argv.push_back(binary.data());
         std::vector<std::string> copies = arguments;
+        std::vector<char*> argv = {binary.data()};
         for (std::string& argument : copies)
             argv.push_back(argument.data());
         argv.push_back(nullptr);
@@ -53,12 +37,43 @@ CliResult RunKelvorig(const std::vector<std::string>& arguments, const std::stri
     }
     int status = 0;
     waitpid(child, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), ReadFile(capture.File("out")),
+            ReadFile(capture.File("err"))};
+}
 
-    CliResult result;
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    result.out = Slurp(outPath);
-    result.err = Slurp(errPath);
-    return result;
+CliResult RunInProcess(const std::vector<std::string>& arguments)
+{
+    TempDir capture;
+    std::cout.flush();
+    std::fflush(nullptr);
+    const int savedOut = dup(1);
+    const int savedErr = dup(2);
+    for (const auto& [name, fd] : {std::pair{"out", 1}, {"err", 2}})
+    {
+        const int file = open(capture.File(name).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        dup2(file, fd);
+        close(file);
+    }
+    const int status = RunCommandLine(arguments);
+    std::cout.flush();
+    std::cerr.flush();
+    std::fflush(nullptr);
+    dup2(savedOut, 1);
+    dup2(savedErr, 2);
+    close(savedOut);
+    close(savedErr);
+    return {status, ReadFile(capture.File("out")), ReadFile(capture.File("err"))};
+}
+
+CliResult CaptureFiles(const std::function<void(FILE* out, FILE* err)>& write)
+{
+    TempDir capture;
+    FILE* out = std::fopen(capture.File("out").c_str(), "w");
+    FILE* err = std::fopen(capture.File("err").c_str(), "w");
+    write(out, err);
+    std::fclose(out);
+    std::fclose(err);
+    return {0, ReadFile(capture.File("out")), ReadFile(capture.File("err"))};
 }
 
 TempDir::TempDir()
@@ -77,13 +92,15 @@ TempDir::~TempDir()
 
 void WriteFile(const std::string& path, const std::string& contents)
 {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << contents;
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << contents;
 }
 
 std::string ReadFile(const std::string& path)
 {
-    return Slurp(path);
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
 }
 
 } // namespace kelvorig::test

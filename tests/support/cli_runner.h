@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,8 +15,14 @@ struct CliResult
 };
 
 // Runs the built kelvorig binary with these arguments (no shell), in `workingDirectory`
-// when it is not empty, and captures both streams.
+// when it is not empty, and captures both streams; a signal gives 128 plus its number.
 CliResult RunKelvorig(const std::vector<std::string>& arguments, const std::string& workingDirectory = "");
+
+// Runs RunCommandLine in this process with standard output and error sent to files.
+CliResult RunInProcess(const std::vector<std::string>& arguments);
+
+// Runs `write` on two fresh temporary files and returns what it wrote to each.
+CliResult CaptureFiles(const std::function<void(FILE* out, FILE* err)>& write);
 
 // A fresh empty directory under the system's temporary directory, removed with the object.
 class TempDir

@@ -8,8 +8,8 @@
 
 namespace kelvorig::test {
 
-// A small triangle mesh built in code. Facets wind counter-clockwise seen from outside,
-// so the normal of each (from its winding) points out of the solid.
+// A small triangle mesh built in code. Facets wind counter-clockwise seen from outside, so
+// the normal of each (from its winding) points out of the solid.
 struct TestMesh
 {
     std::vector<Eigen::Vector3f> vertices;
@@ -25,20 +25,22 @@ TestMesh MakeBox(const Eigen::Vector3f& size, const Eigen::Vector3f& centre = Ei
 TestMesh MakePlate(float width, float thickness);
 // Tetrahedron with corners at the origin and at `edge` along each axis.
 TestMesh MakeTetrahedron(float edge);
-// Latitude-longitude sphere: rings by segments facets, poles as fans.
-TestMesh MakeSphere(float radius, int rings, int segments, const Eigen::Vector3f& centre = Eigen::Vector3f::Zero());
-
+// Latitude-longitude sphere about the origin: rings by segments facets, poles as fans.
+TestMesh MakeSphere(float radius, int rings, int segments);
 // Both meshes in one, `second` behind `first`.
 TestMesh Combine(const TestMesh& first, const TestMesh& second);
-// Every vertex multiplied by `factor`.
-TestMesh Scaled(const TestMesh& mesh, float factor);
 
-// Binary STL bytes: 80-byte header, count, 50 bytes per facet with its winding normal.
+// A 10 cm cube centred on the origin with a wide slab standing 3 cm off its +X face and a
+// post on its top: sensors are hidden behind them at some poses, and a sensor on the +X face
+// looking along +X (kUnderTheSlab) is never seen at an incidence limit of 60 degrees.
+TestMesh MakeOccludedCube();
+inline const Eigen::Vector3f kUnderTheSlab(0.05f, 0.01f, -0.02f);
+inline const Eigen::Vector3f kUnderTheSlabNormal(1.0f, 0.0f, 0.0f);
+
+// Binary STL bytes (80-byte header, count, 50 bytes per facet with its winding normal), and
+// text STL starting with "solid <name>".
 std::string BinaryStl(const TestMesh& mesh);
-// Text STL starting with "solid <name>", normals from the winding.
 std::string TextStl(const TestMesh& mesh, const std::string& name = "test");
-
 void WriteBinaryStl(const std::string& path, const TestMesh& mesh);
-void WriteTextStl(const std::string& path, const TestMesh& mesh);
 
 } // namespace kelvorig::test

@@ -1,4 +1,4 @@
-#include "optimiser/mesh_surface.h"
+#include "support/mesh_surface.h"
 
 namespace kelvorig::test {
 

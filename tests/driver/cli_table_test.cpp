@@ -1,0 +1,105 @@
+// Runs every case of cli_cases.json: writes the case's files into a fresh directory, runs the
+// command line there and compares the status, both streams and the files the case names.
+// Cases run in this process through RunCommandLine unless they ask for the built binary (a
+// run that anneals lowers its thread's priority and catches signals).
+#include "support/cli_runner.h"
+#include "support/test_meshes.h"
+
+#include <gtest/gtest.h>
+#include <json/reader.h>
+
+#include <filesystem>
+
+#include <unistd.h>
+
+namespace kelvorig {
+namespace {
+
+const std::string kData = std::string(KELVORIG_SOURCE_DIR) + "/tests/data/";
+
+// Replaces every "${name}" with its text from `texts` (texts may hold names themselves).
+std::string Expand(std::string text, const Json::Value& texts)
+{
+    for (size_t at = text.find("${"); at != std::string::npos; at = text.find("${", at))
+    {
+        const size_t end = text.find('}', at);
+        const std::string name = text.substr(at + 2, end - at - 2);
+        text.replace(at, end + 1 - at, texts[name].asString());
+    }
+    return text;
+}
+
+// A file's contents: a text, a data file, a run of "x", or boxes (size, then centre) as STL.
+std::string Contents(const Json::Value& spec, const Json::Value& texts)
+{
+    if (spec.isString() || spec.isMember("text"))
+        return Expand(spec.isString() ? spec.asString() : spec["text"].asString(), texts);
+    if (spec.isMember("data"))
+        return test::ReadFile(kData + spec["data"].asString());
+    if (spec.isMember("fill"))
+        return std::string(spec["fill"].asUInt(), 'x');
+    test::TestMesh mesh;
+    for (const Json::Value& b : spec["boxes"])
+    {
+        const auto at = [&b](Json::ArrayIndex k) { return b.size() > k ? b[k].asFloat() : 0.0f; };
+        mesh = test::Combine(mesh, test::MakeBox({at(0), at(1), at(2)}, {at(3), at(4), at(5)}));
+    }
+    return spec["stl"].asString() == "text" ? test::TextStl(mesh) : test::BinaryStl(mesh);
+}
+
+void RunCase(const Json::Value& c, const Json::Value& texts)
+{
+    const std::string name = c["name"].asString();
+    SCOPED_TRACE(name);
+    const test::TempDir dir;
+    for (const std::string& path : c["files"].getMemberNames())
+    {
+        std::filesystem::create_directories(std::filesystem::path(dir.File(path)).parent_path());
+        if (!path.ends_with('/'))
+            test::WriteFile(dir.File(path), Contents(c["files"][path], texts));
+    }
+    std::vector<std::string> arguments;
+    for (const Json::Value& argument : c["argv"])
+        arguments.push_back(Expand(argument.asString(), texts));
+    const std::string where = dir.File(c["cwd"].asString());
+    test::CliResult result;
+    if (c["binary"].asBool())
+    {
+        result = test::RunKelvorig(arguments, where);
+    }
+    else
+    {
+        const std::string before = std::filesystem::current_path();
+        ASSERT_EQ(chdir(where.c_str()), 0);
+        result = test::RunInProcess(arguments);
+        ASSERT_EQ(chdir(before.c_str()), 0);
+    }
+
+    EXPECT_EQ(result.status, c["status"].asInt());
+    const std::string out = c.isMember("stdout_file") ? test::ReadFile(kData + c["stdout_file"].asString())
+                                                       : Expand(c["stdout"].asString(), texts);
+    EXPECT_EQ(result.out, out);
+    if (c.isMember("stderr_start"))
+        EXPECT_TRUE(result.err.starts_with(Expand(c["stderr_start"].asString(), texts))) << result.err;
+    else
+        EXPECT_EQ(result.err, Expand(c["stderr"].asString(), texts));
+    for (const std::string& path : c["outputs"].getMemberNames())
+    {
+        EXPECT_EQ(test::ReadFile(dir.File(path)), Contents(c["outputs"][path], texts)) << path;
+    }
+    for (const Json::Value& path : c["absent"])
+        EXPECT_FALSE(std::filesystem::exists(dir.File(path.asString()))) << path.asString();
+}
+
+TEST(CommandLineCases, EveryCaseOfTheTable)
+{
+    Json::Value table;
+    ASSERT_TRUE(Json::Reader().parse(test::ReadFile(std::string(KELVORIG_SOURCE_DIR) + "/tests/driver/cli_cases.json"),
+                                     table, false));
+    ASSERT_GT(table["cases"].size(), 100u);
+    for (const Json::Value& c : table["cases"])
+        RunCase(c, table["texts"]);
+}
+
+} // namespace
+} // namespace kelvorig
