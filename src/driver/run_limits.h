@@ -11,7 +11,7 @@ namespace kelvorig {
 constexpr double kMaxAnnealMoves = 1e9;         // all restarts together
 constexpr int32_t kMaxOrientations = 1'000'000;  // sampling them is quadratic in the count
 constexpr int32_t kMaxCoverageSeats = 10'000'000;
-constexpr double kMaxAnalysisRows = 1e8;
+constexpr double kMaxAnalysisRows = 1e7;  // each row holds about 112 bytes until the report is printed
 constexpr int32_t kMaxThreads = 1024;  // each a stack of its own, started at once
 
 // Checks the switch values that set the size of the run, and /maxsurfaceangle, after the

@@ -29,7 +29,7 @@ TEST(HostileInput, RefusedWithAMessageNamingTheCause)
         const char* err;
     } cases[] = {
         {{"/model", "model.json", "/angleresolutiondegrees", "1e-9"}, {},
-         "/angleresolutiondegrees 1e-09 would make a grid of 6.48e+22 rows: more than the 100000000 a report can take\n"},
+         "/angleresolutiondegrees 1e-09 would make a grid of 6.48e+22 rows: more than the 10000000 a report can take\n"},
         {{"/niterations", "2000000000"}, generate,
          "the anneal would make about 3.1e+12 moves (/nsensors 8, /niterations 2000000000, /coolingrate 0.96, "
          "/restarts 1): more than the 1000000000 a run can finish\n"},
