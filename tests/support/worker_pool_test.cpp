@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <thread>
 
 #include <sched.h>
@@ -49,7 +50,9 @@ TEST(WorkerPool, EveryItemOnceInRangesOfAtMostTheGrain)
             std::vector<int> visits(c.count, 0);
             std::vector<size_t> begins;
             bool fit = true;
+            std::mutex mutex;  // guards fit and begins; the visits are disjoint
             auto body = [&](int32_t id, size_t begin, size_t end) {
+                const std::lock_guard<std::mutex> lock(mutex);
                 fit = fit && begin < end && end - begin <= std::max<size_t>(c.grain, 1) && id >= 0 && id < c.threads;
                 fit = fit && (c.threads > 1 || std::this_thread::get_id() == caller);
                 begins.push_back(begin);
