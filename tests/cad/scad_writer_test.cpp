@@ -11,41 +11,24 @@
 namespace kelvorig {
 namespace {
 
-// The fixed part of every drawing from the sensor list's closing "];" on.
-const std::string kTail = "];\n\nscale([1000, 1000, 1000])\n\tconstellation();\n\nmodule constellation() {\n\tfor(s = "
-                          "sensors)\n\t\ttranslate(s[1])\n\t\t\trotate(s[2], s[3])\n\t\t\t\tsensor(s[0]);\n}\n\n"
-                          "module sensor(spec) {\n\tcolor(spec[1])\n\t\tcylinder(r = 0.0025, h = 0.001);\n}\n";
-
-TEST(WriteScadFile, DrawsTheSensorRowsInMillimetresWithoutASurface)
+// The fixed parts of a drawing and the rows of a model are in the command-line table; bare seats
+// are numbered by row, a seat without a normal points along +Z, positions keep six digits.
+TEST(WriteScadFile, BareSeatsAreNumberedByRow)
 {
-    TrackedObjectModel model;
-    model.valid = true;
-    model.channelMap = {7, -1};
-    model.modelPoints = {{0.0123456789f, -0.05f, 0.045f}, {1, 2, 3}};
-    model.modelNormals = {{0, 0, 1}, {1, 0, 0}};
-    EXPECT_EQ(WriteScadFile(model, "", {}, 1.0, false),
-              "\n$fn = 40;\n\nscale([1000, 1000, 1000]) {\n}\n\nsensors = [\n"
-              "\t[ [ 7, \"lime\" ], [ 0.0123457, -0.05, 0.045], -0, [1, 0, 0] ],\n"
-              "\t[ [ -1, \"lime\" ], [ 1, 2, 3], -90, [0, -1, 0] ],\n" +
-                  kTail);
-
-    // Bare seats are numbered by row, and a seat without a normal points along +Z.
     TrackedObjectModel seats;
-    seats.modelPoints = {{0.1f, 0, 0}, {0, 0.2f, 0}};
+    seats.modelPoints = {{0.0123456789f, -0.05f, 0}, {0, 0.2f, 0}};
     seats.modelNormals = {{1, 0, 0}};
     const std::string text = WriteScadFile(seats, "", {}, 1.0, false);
-    EXPECT_NE(text.find("sensors = [\n"
-                        "\t[ [ 0, \"lime\" ], [ 0.1, 0, 0], -90, [0, -1, 0] ],\n"
-                        "\t[ [ 1, \"lime\" ], [ 0, 0.2, 0], -0, [1, 0, 0] ],\n"
-                        "];\n"),
+    EXPECT_NE(text.find("sensors = [\n\t[ [ 0, \"lime\" ], [ 0.0123457, -0.05, 0], -90, [0, -1, 0] ],\n"
+                        "\t[ [ 1, \"lime\" ], [ 0, 0.2, 0], -0, [1, 0, 0] ],\n];\n"),
               std::string::npos)
         << text;
 }
 
 TEST(WriteScadFile, BackslashesInImportPathsAreDoubledSlashesKept)
 {
-    const std::string text =
-        WriteScadFile(TrackedObjectModel(), "C:\\cad\\shell.stl", {"../meshes/strap.stl", "D:\\x\\\\y.stl"}, 1.0, false);
+    const std::string text = WriteScadFile(TrackedObjectModel(), "C:\\cad\\shell.stl",
+                                           {"../meshes/strap.stl", "D:\\x\\\\y.stl"}, 1.0, false);
     EXPECT_NE(text.find("\tcolor(\"orange\") import(\"C:\\\\cad\\\\shell.stl\", convexity = 4);\n"), std::string::npos);
     EXPECT_NE(text.find("\tcolor(\"white\") import(\"../meshes/strap.stl\", convexity = 4);\n"), std::string::npos);
     EXPECT_NE(text.find("\tcolor(\"white\") import(\"D:\\\\x\\\\\\\\y.stl\", convexity = 4);\n"), std::string::npos);
@@ -58,11 +41,8 @@ TEST(RotationText, TurnsZOntoTheNormal)
         Eigen::Vector3f normal;
         const char* text;
     } cases[] = {
-        {{0, 0, 1}, "-0, [1, 0, 0]"},
         {{0, 0, -1}, "-180, [1, 0, 0]"},
-        {{1, 0, 0}, "-90, [0, -1, 0]"},
         {{0, 1, 0}, "-90, [1, 0, 0]"},
-        {{0, 0.6f, 0.8f}, "-36.8699, [1, 0, 0]"},
         // Within the cut-off the axis is X whatever the tilt's direction.
         {{0.01f, 0, 0.99995f}, "-0.573008, [1, 0, 0]"},
     };
@@ -87,7 +67,10 @@ TEST(WriteScadFile, OpenScadAcceptsTheDrawing)
     test::WriteBinaryStl(dir.File("shell.stl"), test::MakeBox(Eigen::Vector3f(180, 110, 90)));
     test::WriteFile(dir.File("strap.stl"), test::TextStl(test::MakeBox({20, 20, 20}, {0, 0, -80})));
     ASSERT_EQ(test::RunKelvorig({"/model", "m.json", "/sensors", "shell.stl", "/obstacles", "strap.stl", "/outscad",
-                                 "m.scad", "/withscadnormals"}, dir.path()).status, 0);
+                                 "m.scad", "/withscadnormals"},
+                                dir.path())
+                  .status,
+              0);
     EXPECT_EQ(std::system(("cd '" + dir.path() + "' && openscad -o out.csg m.scad > log 2>&1").c_str()), 0)
         << test::ReadFile(dir.File("log"));
 }

@@ -25,20 +25,16 @@ int Crossings(const EmbreeIntersector& intersector, const Eigen::Vector3f& origi
     return crossings;
 }
 
-TEST(HmdShellExample, IsAMillimetreHeadsetFrontFacingPlusZ)
+// A millimetre headset 180 x 110 x 90 about the origin; a closed solid whose facet normals point out.
+TEST(HmdShellExample, IsAClosedMillimetreHeadsetWithNormalsPointingOut)
 {
     const TrackedSurface shell(kShellPath, {}, 1);
     ASSERT_TRUE(shell.isBuilt());
     EXPECT_EQ(shell.unitScale(), 0.001);
-    const Eigen::Vector3f low = shell.vertices().colwise().minCoeff();
-    const Eigen::Vector3f high = shell.vertices().colwise().maxCoeff();
+    const Eigen::Vector3f low = shell.vertices().colwise().minCoeff(), high = shell.vertices().colwise().maxCoeff();
     EXPECT_LT((high - low - Eigen::Vector3f(0.18f, 0.11f, 0.09f)).cwiseAbs().maxCoeff(), 1e-5f);
     EXPECT_LT((0.5f * (high + low)).norm(), 1e-5f);
-}
 
-TEST(HmdShellExample, IsAClosedSolid)
-{
-    const TrackedSurface shell(kShellPath, {}, 1);
     // Every edge, by its end points' coordinates, is shared by exactly two facets in
     // opposite directions.
     using Corner = std::array<float, 3>;
@@ -47,21 +43,10 @@ TEST(HmdShellExample, IsAClosedSolid)
         return Corner{shell.vertices()(row, 0), shell.vertices()(row, 1), shell.vertices()(row, 2)};
     };
     for (Eigen::Index t = 0; t < shell.triangles().rows(); ++t)
-    {
         for (int k = 0; k < 3; ++k)
             ++directedEdges[{corner(shell.triangles()(t, k)), corner(shell.triangles()(t, (k + 1) % 3))}];
-    }
     for (const auto& [edge, count] : directedEdges)
-    {
-        EXPECT_EQ(count, 1);
-        EXPECT_EQ(directedEdges.count({edge.second, edge.first}), 1u);
-    }
-}
-
-TEST(HmdShellExample, FacetNormalsPointOutOfTheSolid)
-{
-    const TrackedSurface shell(kShellPath, {}, 1);
-    const EmbreeIntersector& intersector = shell.intersector();
+        EXPECT_TRUE(count == 1 && directedEdges.count({edge.second, edge.first}) == 1);
     for (Eigen::Index t = 0; t < shell.triangles().rows(); ++t)
     {
         const Eigen::Vector3f p0 = shell.vertices().row(shell.triangles()(t, 0)).transpose();
@@ -71,8 +56,8 @@ TEST(HmdShellExample, FacetNormalsPointOutOfTheSolid)
         EXPECT_GT(n.dot((p1 - p0).cross(p2 - p0).normalized()), 0.999f) << "facet " << t;
         const Eigen::Vector3f centroid = (p0 + p1 + p2) / 3.0f;
         // Outside lies an even number of crossings away, inside an odd number.
-        EXPECT_EQ(Crossings(intersector, centroid + 1e-5f * n, n) % 2, 0) << "facet " << t;
-        EXPECT_EQ(Crossings(intersector, centroid - 1e-5f * n, -n) % 2, 1) << "facet " << t;
+        EXPECT_EQ(Crossings(shell.intersector(), centroid + 1e-5f * n, n) % 2, 0) << "facet " << t;
+        EXPECT_EQ(Crossings(shell.intersector(), centroid - 1e-5f * n, -n) % 2, 1) << "facet " << t;
     }
 }
 

@@ -15,8 +15,6 @@ namespace {
 
 using test::BinaryStl;
 using test::MakeBox;
-using test::MakeTetrahedron;
-using test::TempDir;
 using test::TextStl;
 
 struct ReadResult
@@ -31,7 +29,7 @@ struct ReadResult
 // Reads `contents` from a file named mesh.stl; messages are made independent of its directory.
 ReadResult ReadContents(const std::string& contents)
 {
-    const TempDir dir;
+    const test::TempDir dir;
     test::WriteFile(dir.File("mesh.stl"), contents);
     ReadResult result;
     testing::internal::CaptureStderr();
@@ -47,25 +45,22 @@ std::string BadFormat(int code)
     return "IOError: mesh.stl bad format (" + std::to_string(code) + ").\n";
 }
 
-// A file taken for binary whose facet count runs past its end fails in the field where the bytes run out.
-std::string BinaryShortReadMessage(const std::string& bytes)
-{
-    const size_t rest = (bytes.size() - 84) % 50;
-    return BadFormat(rest < 12 ? 3 : (rest < 48 ? 4 : 5));
-}
-
-const std::string kFacet = "facet normal 0 0 1\n outer loop\n  vertex 0 0 0\n  vertex 1 0 0\n  vertex 0 1 0\n endloop\nendfacet\n";
-
-TEST(StlReaderTest, TextAndBinaryFacetsBecomeTheSameTriangleSoup)
+// Text and binary facets, whatever trails them, become the same soup: three corners each in order.
+TEST(StlReaderTest, GoodFilesBecomeATriangleSoup)
 {
     const test::TestMesh box = MakeBox(Eigen::Vector3f(2, 4, 6));
-    for (const std::string& contents : {TextStl(box), BinaryStl(box), BinaryStl(box) + "trailing bytes\x01\x02"})
+    const std::string text = TextStl(box);
+    // A control byte behind the first 256 bytes is not looked at; a binary header starting
+    // with "solid" is binary when a non-printing byte comes within the first 256.
+    std::string lateControl = text, solidHeader = BinaryStl(box);
+    lateControl.insert(lateControl.size() - 5, 1, '\x07');
+    solidHeader.replace(0, 12, "solid header");
+    for (const std::string& contents : {text, BinaryStl(box), BinaryStl(box) + "trailing bytes\x01\x02", lateControl,
+                                        solidHeader, text.substr(0, text.size() - 5) + "\n garbage 1 2 "})
     {
         const ReadResult result = ReadContents(contents);
-        ASSERT_TRUE(result.ok) << result.err;
-        EXPECT_EQ(result.err, "");
-        ASSERT_EQ(result.facets.size(), 12u);
-        ASSERT_EQ(result.vertices.size(), 36u);
+        ASSERT_TRUE(result.ok && result.err.empty()) << result.err;
+        ASSERT_EQ(std::make_pair(result.facets.size(), result.vertices.size()), std::make_pair(12ul, 36ul));
         for (size_t t = 0; t < 12; ++t)
         {
             const int32_t first = static_cast<int32_t>(3 * t);
@@ -79,117 +74,75 @@ TEST(StlReaderTest, TextAndBinaryFacetsBecomeTheSameTriangleSoup)
             }
         }
     }
-    // Text ends at endsolid whatever follows it.
-    EXPECT_TRUE(ReadContents("solid name\n" + kFacet + "endsolid\n garbage 1 2 ").ok);
-}
-
-TEST(StlReaderTest, EmptySolidsReadAsNoFacets)
-{
-    std::string zeroCount = BinaryStl(MakeTetrahedron(1.0f)).substr(0, 84);
+    std::string zeroCount = BinaryStl(box).substr(0, 84), negativeCount = BinaryStl(box);
     std::memset(zeroCount.data() + 80, 0, 4);
-    std::string negativeCount = BinaryStl(MakeTetrahedron(1.0f));
     std::memset(negativeCount.data() + 80, 0xFF, 4);
     for (const std::string& contents : {std::string("solid empty\nendsolid empty\n"), zeroCount, negativeCount})
     {
         const ReadResult result = ReadContents(contents);
-        EXPECT_TRUE(result.ok) << result.err;
-        EXPECT_EQ(result.err, "");
+        EXPECT_TRUE(result.ok && result.err.empty()) << result.err;
         EXPECT_TRUE(result.vertices.empty() && result.facets.empty() && result.normals.empty());
     }
 }
 
-TEST(StlReaderTest, TextFaultsAreReportedByPlace)
+TEST(StlReaderTest, FaultsAreReportedByPlace)
 {
+    const std::string facet = "facet normal 0 0 1\n outer loop\n  vertex 0 0 0\n  vertex 1 0 0\n  vertex 0 1 0\n "
+                              "endloop\nendfacet\n";
     const std::string head = "solid name\nfacet normal 0 0 1\n";
-    const struct
-    {
-        std::string contents;
-        std::string err;
-    } cases[] = {
-        {"", "IOError: mesh.stl too short.\n"},
-        {" \n\t \r\n  ", "IOError: mesh.stl too short.\n"},
-        {"  solid", "IOError: mesh.stl too short.\n"},
-        {"solid name\n", BadFormat(1)},
-        {"solid name\n" + kFacet, BadFormat(1)},
-        {"solid name\nfacet normal 0 zero 1\n", BadFormat(1)},
-        {"solid name\nfacets normal 0 0 1\nouter loop\n", BadFormat(1)},
-        {"solid name\n" + kFacet + "endsolids name\n", BadFormat(1)},
-        {head, BadFormat(2)},
-        {head + "inner loop\n", BadFormat(2)},
-        {head + "outer loop\nvertex 0 0\nendloop\n", BadFormat(3)},
-        {head + "outer loop\nvertex 0 0 z\n", BadFormat(3)},
-        {head + "outer loop\n", BadFormat(4)},
-        {head + "outer loop\nVERTEX 0 0 0\n", BadFormat(4)},
-        {head + "outer loop\nvertex 0 0 0\nendloop\n", BadFormat(5)},
-        {"solid name\n" + kFacet.substr(0, kFacet.size() - 9) + "endfacets\n", BadFormat(5)},
-    };
-    for (const auto& c : cases)
-    {
-        const ReadResult result = ReadContents(c.contents);
-        EXPECT_FALSE(result.ok) << c.contents;
-        EXPECT_EQ(result.err, c.err) << c.contents;
-    }
-}
-
-TEST(StlReaderTest, BinaryFaultsAreReportedByPlace)
-{
+    // Text faults by the code they report (0: too short); the last of code 1 has all of its first
+    // 256 bytes printable, which makes it text however binary the rest.
+    const std::pair<int, std::vector<std::string>> textFaults[] = {
+        {0, {"", " \n\t \r\n  ", "  solid"}},
+        {1,
+         {"solid name\n", "solid name\n" + facet, "solid name\nfacet normal 0 zero 1\n",
+          "solid name\nfacets normal 0 0 1\nouter loop\n", "solid name\n" + facet + "endsolids name\n",
+          "solid header" + std::string(244, 'A') + "\x01\x01\x01\x01"}},
+        {2, {head, head + "inner loop\n"}},
+        {3, {head + "outer loop\nvertex 0 0\nendloop\n", head + "outer loop\nvertex 0 0 z\n"}},
+        {4, {head + "outer loop\n", head + "outer loop\nVERTEX 0 0 0\n"}},
+        {5,
+         {head + "outer loop\nvertex 0 0 0\nendloop\n",
+          "solid name\n" + facet.substr(0, facet.size() - 9) + "endfacets\n"}}};
+    std::vector<std::pair<std::string, std::string>> cases;
+    for (const auto& [code, texts] : textFaults)
+        for (const std::string& text : texts)
+            cases.emplace_back(text, code == 0 ? "IOError: mesh.stl too short.\n" : BadFormat(code));
+    // Binary cut in the header, the count, a normal, each vertex, the attribute count; the first
+    // byte is non-printing so that the file is binary however short it is.
     const std::string whole = BinaryStl(MakeBox(Eigen::Vector3f(1, 1, 1)));
-    // Cut points: in the header, the count, a normal, each vertex, the attribute count.
-    const struct
-    {
-        size_t length;
-        int code;
-    } cases[] = {
-        {1, 1},   {79, 1},  {80, 2},  {83, 2},  {84, 3},  {95, 3},  {96, 4}, {107, 4}, {108, 4},
-        {119, 4}, {120, 4}, {131, 4}, {132, 5}, {133, 5}, {134, 3}, {183, 5}, {584, 3}, {683, 5},
-    };
-    for (const auto& c : cases)
-    {
-        std::string contents = whole.substr(0, c.length);
-        contents[0] = '\x01';  // non-printing: binary however short the file is
-        const ReadResult result = ReadContents(contents);
-        EXPECT_FALSE(result.ok) << c.length;
-        EXPECT_EQ(result.err, BadFormat(c.code)) << c.length;
-    }
-
+    const std::pair<size_t, int> cuts[] = {{1, 1},   {79, 1},  {80, 2},  {83, 2},  {84, 3},  {95, 3},
+                                           {96, 4},  {107, 4}, {108, 4}, {119, 4}, {120, 4}, {131, 4},
+                                           {132, 5}, {133, 5}, {134, 3}, {183, 5}, {584, 3}, {683, 5}};
+    for (const auto& [length, code] : cuts)
+        cases.emplace_back("\x01" + whole.substr(1, length - 1), BadFormat(code));
     // A count beyond the file fails where the bytes end.
     std::string absurd = whole;
-    const uint32_t count = 0x7FFFFFFFu;
-    std::memcpy(absurd.data() + 80, &count, 4);
-    EXPECT_EQ(ReadContents(absurd).err, BadFormat(3));
-    EXPECT_EQ(ReadContents(absurd + std::string(20, '\0')).err, BadFormat(4));
-}
-
-TEST(StlReaderTest, ContentsAloneTellTextFromBinary)
-{
-    const test::TestMesh box = MakeBox(Eigen::Vector3f(1, 1, 1));
-    // A binary header starting with "solid" is still binary when a non-printing byte comes
-    // within the first 256 bytes...
-    std::string binary = BinaryStl(box);
-    binary.replace(0, 12, "solid header");
-    EXPECT_EQ(ReadContents(binary).facets.size(), 12u);
-    // ...and text when those bytes are all printable.
-    const std::string printable = "solid header" + std::string(68, ' ') + std::string(176, 'A') + "\x01\x01\x01\x01";
-    EXPECT_EQ(ReadContents(printable).err, BadFormat(1));
-
-    // A byte from 0x80 up, a control byte that isn't white space, or "SOLID" in capitals
-    // sends a text file down the binary path; a control byte behind the first 256 is not looked at.
-    std::string accented = TextStl(box, "d\xC3\xA9vice");
-    std::string withControl = TextStl(box);
+    std::memset(absurd.data() + 80, 0x7F, 4);
+    cases.emplace_back(absurd, BadFormat(3));
+    cases.emplace_back(absurd + std::string(20, '\0'), BadFormat(4));
+    // A byte from 0x80 up, a control byte that isn't white space, or "SOLID" in capitals sends
+    // text down the binary path, where it fails as far as its bytes reach.
+    std::string withControl = TextStl(MakeBox(Eigen::Vector3f(1, 1, 1))), capitals = withControl;
     withControl[200] = '\x07';
-    std::string capitals = TextStl(box);
     capitals.replace(0, 5, "SOLID");
-    for (const std::string& bytes : {accented, withControl, capitals})
-        EXPECT_EQ(ReadContents(bytes).err, BinaryShortReadMessage(bytes));
-    std::string lateControl = TextStl(box);
-    lateControl.insert(lateControl.size() - 5, 1, '\x07');
-    EXPECT_EQ(ReadContents(lateControl).err, "");
+    for (const std::string& bytes :
+         {TextStl(MakeBox(Eigen::Vector3f(1, 1, 1)), "d\xC3\xA9vice"), withControl, capitals})
+    {
+        const size_t rest = (bytes.size() - 84) % 50;
+        cases.emplace_back(bytes, BadFormat(rest < 12 ? 3 : (rest < 48 ? 4 : 5)));
+    }
+    for (const auto& [contents, err] : cases)
+    {
+        const ReadResult result = ReadContents(contents);
+        EXPECT_FALSE(result.ok) << contents;
+        EXPECT_EQ(result.err, err) << contents;
+    }
 }
 
 TEST(StlReaderTest, DamagedFilesFailWithOneMessageOrReadWhole)
 {
-    const std::string text = TextStl(MakeTetrahedron(1.0f));
-    const std::string binary = BinaryStl(MakeTetrahedron(1.0f));
+    const std::string text = TextStl(test::MakeTetrahedron(1.0f)), binary = BinaryStl(test::MakeTetrahedron(1.0f));
     RandomEngine engine(3);
     for (int i = 0; i < 400; ++i)
     {
@@ -199,27 +152,10 @@ TEST(StlReaderTest, DamagedFilesFailWithOneMessageOrReadWhole)
         if (engine() % 2 == 0)
             damaged.resize(engine() % damaged.size());
         const ReadResult result = ReadContents(damaged);
-        if (result.ok)
-        {
-            EXPECT_EQ(result.err, "");
-            EXPECT_EQ(result.normals.size(), result.facets.size());
-        }
-        else
-        {
-            EXPECT_EQ(result.err.rfind("IOError: mesh.stl ", 0), 0u) << result.err;
-            EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
-        }
+        EXPECT_EQ(result.ok ? result.normals.size() : 0u, result.ok ? result.facets.size() : 0u);
+        EXPECT_TRUE(result.ok ? result.err.empty() : result.err.rfind("IOError: mesh.stl ", 0) == 0) << result.err;
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), result.ok ? 0 : 1) << result.err;
     }
-}
-
-TEST(StlReaderTest, MissingFileCannotBeOpened)
-{
-    const TempDir dir;
-    FloatLists vertices, normals;
-    IndexLists facets;
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(ReadStlFile(dir.File("missing.stl"), vertices, facets, normals));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "IOError: " + dir.File("missing.stl") + " could not be opened...\n");
 }
 
 } // namespace

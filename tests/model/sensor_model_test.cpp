@@ -7,7 +7,7 @@
 namespace kelvorig {
 namespace {
 
-TEST(SensorLayout, SkipsNegativeIdsAndKeepsSourceIndices)
+TEST(SensorLayout, SkipsNegativeIdsKeepsSourceIndicesAndAppliesTheTransform)
 {
     TrackedObjectModel model;
     model.valid = true;
@@ -28,19 +28,13 @@ TEST(SensorLayout, SkipsNegativeIdsAndKeepsSourceIndices)
     EXPECT_TRUE(back.valid);
     EXPECT_EQ(back.channelMap, (std::vector<int32_t>{0, 1, 2}));
     EXPECT_EQ(back.modelPoints[2], Eigen::Vector3f(0, 3, 0));
-}
 
-TEST(SensorLayout, AppliesRotationRowsAndTranslation)
-{
-    TrackedObjectModel model;
-    model.channelMap = {0};
-    model.modelPoints = {{1, 2, 3}};
-    model.modelNormals = {{1, 0, 0}};
-    // Quarter turn about Z, then shifted along X.
-    const ModelTransform transform = {0, -1, 0, 1, 0, 0, 0, 0, 1, 10, 0, 0};
-    const SensorLayout layout(model, transform);
-    EXPECT_EQ(layout.positions[0], Eigen::Vector3d(8, 1, 3));
-    EXPECT_EQ(layout.normals[0], Eigen::Vector3d(0, 1, 0));
+    // A quarter turn about Z by rows, then a shift along X.
+    model.modelPoints[3] = {1, 2, 3};
+    model.modelNormals[3] = {1, 0, 0};
+    const SensorLayout turned(model, {0, -1, 0, 1, 0, 0, 0, 0, 1, 10, 0, 0});
+    EXPECT_EQ(turned.positions[2], Eigen::Vector3d(8, 1, 3));
+    EXPECT_EQ(turned.normals[2], Eigen::Vector3d(0, 1, 0));
 }
 
 } // namespace
