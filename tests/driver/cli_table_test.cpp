@@ -29,7 +29,8 @@ std::string Expand(std::string text, const Json::Value& texts)
     return text;
 }
 
-// A file's contents: a text, a data file, a run of "x", or boxes (size, then centre) as STL.
+// A file's contents: a text, a data file, a run of one character ("x" unless named), or boxes
+// (size, then centre) as STL.
 std::string Contents(const Json::Value& spec, const Json::Value& texts)
 {
     if (spec.isString() || spec.isMember("text"))
@@ -37,7 +38,7 @@ std::string Contents(const Json::Value& spec, const Json::Value& texts)
     if (spec.isMember("data"))
         return test::ReadFile(kData + spec["data"].asString());
     if (spec.isMember("fill"))
-        return std::string(spec["fill"].asUInt(), 'x');
+        return std::string(spec["fill"].asUInt(), spec.get("char", "x").asString()[0]);
     test::TestMesh mesh;
     for (const Json::Value& b : spec["boxes"])
     {
@@ -78,8 +79,10 @@ void RunCase(const Json::Value& c, const Json::Value& texts)
     EXPECT_EQ(result.status, c["status"].asInt());
     const std::string out = c.isMember("stdout_file") ? test::ReadFile(kData + c["stdout_file"].asString())
                                                        : Expand(c["stdout"].asString(), texts);
-    EXPECT_EQ(result.out, out);
-    if (c.isMember("stderr_start"))
+    EXPECT_EQ(result.out, c["any_stdout"].asBool() ? result.out : out);
+    if (c.isMember("stderr_end"))
+        EXPECT_TRUE(result.err.ends_with(Expand(c["stderr_end"].asString(), texts))) << result.err;
+    else if (c.isMember("stderr_start"))
         EXPECT_TRUE(result.err.starts_with(Expand(c["stderr_start"].asString(), texts))) << result.err;
     else
         EXPECT_EQ(result.err, Expand(c["stderr"].asString(), texts));

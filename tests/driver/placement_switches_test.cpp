@@ -60,45 +60,6 @@ TEST(PlacementSwitches, MeshChecksWarnOfBrokenMeshesOnly)
     EXPECT_EQ(RunKelvorig({"/verifycoverage", "100", "/outscad", "o.scad", "/sensors", kShell}, dir.path()).err, "");
 }
 
-TEST(PlacementSwitches, RefusalsNameTheirCause)
-{
-    const TempDir dir;
-    test::WriteBinaryStl(dir.File("box.stl"), MakeBox(Eigen::Vector3f(40, 30, 20)));
-    test::WriteBinaryStl(dir.File("big.stl"), MakeBox(Eigen::Vector3f(200, 200, 200)));
-    TestMesh open = MakeBox(Eigen::Vector3f(10, 10, 10));
-    open.triangles.pop_back();
-    test::WriteBinaryStl(dir.File("open.stl"), open);
-    TestMesh flat = open;
-    for (Eigen::Vector3f& vertex : flat.vertices)
-        vertex = Eigen::Vector3f(1, 2, 3);
-    test::WriteBinaryStl(dir.File("flat.stl"), flat);
-    const std::vector<std::string> coverage = {"/verifycoverage", "5", "/outscad", "o.scad", "/sensors", "box.stl"};
-    const std::string none = " leaves no position on the sensor surface \"box.stl\" that can take a sensor.\n";
-    const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
-        {{"/maxseatdepth", "-1"}, "/maxseatdepth -1: the depth must be 0 mm or more\n"},
-        {{"/minsensorspacing", "-2"}, "/minsensorspacing -2: the spacing must be 0 mm or more\n"},
-        {{"/meshunit", "ft"}, "/meshunit ft: the unit must be mm, cm, m or in\n"},
-        {{"/keepout", "open.stl"}, "/keepout \"open.stl\" is not a closed mesh: 3 edges are used by one facet only\n"},
-        {{"/keepout", "nothing.stl"}, "IOError: nothing.stl could not be opened...\n"
-                                      "Could not build keep-out volume from \"nothing.stl\"\n"},
-        {{"/obstacles", "big.stl", "/maxseatdepth", "5"}, "Error: /maxseatdepth 5" + none},
-        {{"/keepout", "big.stl"}, "Error: /keepout" + none},
-        {{"/generate", "/nsensors", "8", "/outmodel", "o.json", "/minsensorspacing", "500"},
-         "Error: /minsensorspacing 500" + none}};
-    for (const auto& [extra, message] : cases)
-    {
-        std::vector<std::string> arguments = extra[0] == "/generate" ? std::vector<std::string>{"/sensors", "box.stl"} : coverage;
-        arguments.insert(arguments.end(), extra.begin(), extra.end());
-        const test::CliResult result = RunKelvorig(arguments, dir.path());
-        EXPECT_EQ(result.status, 1);
-        EXPECT_EQ(result.err, message);
-    }
-    // A surface left without a facet of finite area is not built.
-    const test::CliResult unbuilt = RunKelvorig({"/verifycoverage", "5", "/outscad", "o.scad", "/sensors", "flat.stl"}, dir.path());
-    EXPECT_EQ(unbuilt.status, 1);
-    EXPECT_TRUE(unbuilt.err.ends_with("Could not build tracked surface from \"flat.stl\"\n")) << unbuilt.err;
-}
-
 TEST(PlacementSwitches, KeepOutEmptiesItsRegionAndIsDrawnTranslucent)
 {
     const TempDir dir;
