@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <json/reader.h>
 
+#include <cstring>
 #include <filesystem>
 
 #include <unistd.h>
@@ -30,7 +31,7 @@ std::string Expand(std::string text, const Json::Value& texts)
 }
 
 // A file's contents: a text, a data file, a run of one character ("x" unless named), or boxes
-// (size, then centre) as STL.
+// (size, then centre) as STL, turned inside out, less the last `drop` facets, with floats patched.
 std::string Contents(const Json::Value& spec, const Json::Value& texts)
 {
     if (spec.isString() || spec.isMember("text"))
@@ -45,7 +46,18 @@ std::string Contents(const Json::Value& spec, const Json::Value& texts)
         const auto at = [&b](Json::ArrayIndex k) { return b.size() > k ? b[k].asFloat() : 0.0f; };
         mesh = test::Combine(mesh, test::MakeBox({at(0), at(1), at(2)}, {at(3), at(4), at(5)}));
     }
-    return spec["stl"].asString() == "text" ? test::TextStl(mesh) : test::BinaryStl(mesh);
+    for (std::array<int, 3>& t : mesh.triangles)
+        std::swap(t[1], t[1 + spec["inside_out"].asInt()]);
+    mesh.triangles.resize(mesh.triangles.size() - spec["drop"].asUInt());
+    if (spec["stl"].asString() == "text")
+        return test::TextStl(mesh);
+    std::string bytes = test::BinaryStl(mesh);
+    for (const Json::Value& p : spec["patch"])  // facet, float of it (0-2 normal, 3-11 corners), value
+    {
+        const float value = p[2].asFloat();
+        std::memcpy(&bytes[84 + 50 * p[0].asUInt() + 4 * p[1].asUInt()], &value, 4);
+    }
+    return bytes;
 }
 
 void RunCase(const Json::Value& c, const Json::Value& texts)

@@ -28,38 +28,6 @@ std::string Patched(const TestMesh& mesh, std::vector<std::array<float, 3>> patc
     return bytes;
 }
 
-TEST(PlacementSwitches, MeshChecksWarnOfBrokenMeshesOnly)
-{
-    const TestMesh box = MakeBox(Eigen::Vector3f(40, 30, 20));
-    TestMesh insideOut = box, open = box, sliver = box;
-    for (std::array<int, 3>& t : insideOut.triangles)
-        std::swap(t[1], t[2]);
-    open.triangles.pop_back();
-    sliver.triangles.push_back({0, 0, 1});
-    const std::string stl = "m.stl", head = "WARNING: \"m.stl\": ";
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {Patched(box, {{0, 0, 0}, {0, 1, 0}, {0, 2, 0}}),
-         "1 of 12 facets have a stored normal that is zero or not finite (/normalsfromwinding ignores them)"},
-        {Patched(box, {{0, 2, 1}}), "1 of 12 facets have a stored normal more than 90 degrees from their winding's "
-                                    "(/normalsfromwinding ignores them)"},
-        {test::BinaryStl(insideOut), "12 of 12 facets wind inside out: the closed mesh encloses a negative volume"},
-        {Patched(box, {{0, 3, NAN}}), "1 of 36 vertices are not finite"},
-        {test::BinaryStl(sliver), "1 of 13 facets have zero area"},
-        {test::BinaryStl(open), "3 open edges (used by one facet only) in 11 facets"},
-        {test::BinaryStl(MakeBox(Eigen::Vector3f(10, 5, 5))),
-         "a box diagonal of 12.2474 millimetres (unit inferred from the size) is implausible for a hand-held or "
-         "head-worn device (20 mm to 2 m); /meshunit mm|cm|m|in sets the unit"}};
-    for (const auto& [bytes, warning] : cases)
-    {
-        const TempDir dir;
-        test::WriteFile(dir.File(stl), bytes);
-        const test::CliResult result = RunKelvorig({"/verifycoverage", "1", "/outscad", "o.scad", "/sensors", stl}, dir.path());
-        EXPECT_NE(result.err.find(head + warning + "\n"), std::string::npos) << result.err;
-    }
-    const TempDir dir;
-    EXPECT_EQ(RunKelvorig({"/verifycoverage", "100", "/outscad", "o.scad", "/sensors", kShell}, dir.path()).err, "");
-}
-
 TEST(PlacementSwitches, KeepOutEmptiesItsRegionAndIsDrawnTranslucent)
 {
     const TempDir dir;
