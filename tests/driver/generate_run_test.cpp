@@ -1,5 +1,6 @@
 #include "driver/generate_run.h"
 
+#include "config/model_file.h"
 #include "quality/orientation_sampling.h"
 #include "quality/quality_evaluator.h"
 #include "support/angles.h"
@@ -7,7 +8,6 @@
 #include "support/mesh_surface.h"
 
 #include <gtest/gtest.h>
-#include <json/reader.h>
 
 #include <cmath>
 #include <filesystem>
@@ -27,12 +27,10 @@ test::CliResult QuickGenerate(const test::MeshSurface& box, std::vector<std::str
 }
 
 // The model of a JSON file written by /outmodel (a comment line, then the section).
-TrackedObjectModel ReadWrittenModel(const std::string& text)
+TrackedObjectModel ReadWrittenModel(const std::string& path)
 {
-    Json::Value root;
-    EXPECT_TRUE(Json::Reader().parse(text, root["pharoscope_config"], true));
     TrackedObjectModel model;
-    EXPECT_TRUE(model.ParseModelSection(root));
+    EXPECT_TRUE(ReadModel(path, model)) << path;
     return model;
 }
 
@@ -63,7 +61,7 @@ TEST(GenerateRun, FilesCarryTheScoreOfTheWrittenLayout)
                     .starts_with("/* Final Quality Score: " + score + " / 1000 (lower is better) */\n/*\n" +
                                  json.substr(0, json.size() - 1) + "*/\n\n"));
 
-    const TrackedObjectModel model = ReadWrittenModel(json);
+    const TrackedObjectModel model = ReadWrittenModel(dir.File("o.json"));
     EXPECT_EQ(model.channelMap, (std::vector<int32_t>{0, 1, 2, 3, 4}));
     SensorLayout layout(model, kIdentityTransform);
     layout.cosMaxIncidence = std::cos(DegreesToRadians(60.0 - 0.5 * OrientationSpacing(20)));
@@ -87,8 +85,7 @@ TEST(GenerateRun, ImmutableSensorsLeadAndOneOutputIsWrittenAlone)
     const test::CliResult result = QuickGenerate(box, {"/model", dir.File("immutable.json"), "/outmodel", dir.File("o.json")});
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_TRUE(result.err.starts_with("anneal duration: ")) << "no warning expected: " << result.err;
-    const std::string file = test::ReadFile(dir.File("o.json"));
-    const TrackedObjectModel model = ReadWrittenModel(file.substr(file.find('\n') + 1));
+    const TrackedObjectModel model = ReadWrittenModel(dir.File("o.json"));
     EXPECT_EQ(model.channelMap, (std::vector<int32_t>{0, 1, 2, 3, 4}));
     EXPECT_EQ(model.modelPoints[0], Eigen::Vector3f(0.0f, 0.0f, 0.05f));
     EXPECT_EQ(model.modelPoints[1], Eigen::Vector3f(0.05f, 0.01f, -0.02f));

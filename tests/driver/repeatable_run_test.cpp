@@ -10,23 +10,14 @@
 #include <sstream>
 #include <thread>
 
-#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace kelvorig {
 namespace {
 
+using test::Lines;
 using test::ReadFile;
-
-std::vector<std::string> Lines(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
-}
 
 // A 10 cm box, and quick generate runs on it writing both files into the box's directory.
 struct BoxRun
@@ -118,26 +109,13 @@ int InterruptWhen(const std::vector<std::string>& arguments, const std::string& 
                   int signal)
 {
     test::WriteFile(errPath, "");
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        dup2(open("/dev/null", O_WRONLY), 1);
-        dup2(open(errPath.c_str(), O_WRONLY), 2);
-        std::string binary = KELVORIG_BINARY;
-        std::vector<std::string> copies = arguments;
-        std::vector<char*> argv = {binary.data()};
-        for (std::string& argument : copies)
-            argv.push_back(argument.data());
-        argv.push_back(nullptr);
-        execv(binary.c_str(), argv.data());
-        _exit(127);
-    }
+    const pid_t child = test::StartKelvorig(arguments, "/dev/null", errPath);
     int status = 0;
     bool sent = false;
     for (int wait = 0; wait < 6000; ++wait)  // 2 minutes
     {
         if (waitpid(child, &status, WNOHANG) == child)
-            return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+            return test::ExitStatus(status);
         const bool isReady = ready.starts_with('/') ? std::filesystem::exists(ready)
                                                     : ReadFile(errPath).find(ready) != std::string::npos;
         if (!sent && isReady)

@@ -17,14 +17,7 @@ namespace {
 
 constexpr double kFullTurn = 6.283185307179586;
 
-std::vector<std::string> Lines(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
-}
+using test::Lines;
 
 // Ten sensors on a lumpy shell facing roughly outwards; sensor 6 has no normal and is never seen.
 SensorLayout ShellLayout()

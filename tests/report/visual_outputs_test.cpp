@@ -229,33 +229,5 @@ TEST(VisualOutputs, ScoreIsTheGenerateRunsAndTheReportOpensInABrowser)
     EXPECT_GT(colours.size(), 20u);
 }
 
-// Files that cannot be written or made end the run with a message and status 1.
-TEST(VisualOutputs, RefusedOutputs)
-{
-    test::TempDir dir;
-    test::WriteFile(dir.File("one.json"),
-                    R"({"channelMap": [0], "modelPoints": [[0, 0, 0.05]], "modelNormals": [[0, 0, 1]]})");
-    const std::string missing = dir.File("missing/s.json");
-    const struct
-    {
-        std::vector<std::string> arguments;
-        std::string lastLine;
-    } cases[] = {
-        {{"/outsummary", missing}, "cannot write " + missing + ": No such file or directory\n"},
-        {{"/outpng", dir.File("m.jpg")}, "/outpng " + dir.File("m.jpg") + ": the name must end in .png or .svg\n"},
-        {{"/outhtml", dir.File("r.html"), "/basestationsensitivity"},
-         "/outsummary, /outpng and /outhtml read the coverage report, not /basestationsensitivity\n"},
-    };
-    for (const auto& c : cases)
-    {
-        std::vector<std::string> arguments = {"/model", dir.File("one.json"), "/angleresolutiondegrees", "30"};
-        arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
-        const test::CliResult result = test::RunKelvorig(arguments);
-        EXPECT_EQ(result.status, 1) << c.lastLine;
-        ASSERT_GE(result.err.size(), c.lastLine.size());
-        EXPECT_EQ(result.err.substr(result.err.size() - c.lastLine.size()), c.lastLine);
-    }
-}
-
 } // namespace
 } // namespace kelvorig

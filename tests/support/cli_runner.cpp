@@ -14,16 +14,16 @@
 
 namespace kelvorig::test {
 
-CliResult RunKelvorig(const std::vector<std::string>& arguments, const std::string& workingDirectory)
+int StartKelvorig(const std::vector<std::string>& arguments, const std::string& outPath, const std::string& errPath,
+                  const std::string& workingDirectory)
 {
-    TempDir capture;
     const pid_t child = fork();
     if (child < 0)
         throw std::runtime_error("fork failed");
     if (child == 0)
     {
-        dup2(open(capture.File("out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
-        dup2(open(capture.File("err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
+        dup2(open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
+        dup2(open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
         if (!workingDirectory.empty() && chdir(workingDirectory.c_str()) != 0)
             _exit(127);
         std::string binary = KELVORIG_BINARY;
@@ -35,10 +35,20 @@ CliResult RunKelvorig(const std::vector<std::string>& arguments, const std::stri
         execv(binary.c_str(), argv.data());
         _exit(127);
     }
+    return child;
+}
+
+int ExitStatus(int waitStatus)
+{
+    return WIFEXITED(waitStatus) ? WEXITSTATUS(waitStatus) : 128 + WTERMSIG(waitStatus);
+}
+
+CliResult RunKelvorig(const std::vector<std::string>& arguments, const std::string& workingDirectory)
+{
+    TempDir capture;
     int status = 0;
-    waitpid(child, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), ReadFile(capture.File("out")),
-            ReadFile(capture.File("err"))};
+    waitpid(StartKelvorig(arguments, capture.File("out"), capture.File("err"), workingDirectory), &status, 0);
+    return {ExitStatus(status), ReadFile(capture.File("out")), ReadFile(capture.File("err"))};
 }
 
 CliResult RunInProcess(const std::vector<std::string>& arguments)
@@ -93,6 +103,15 @@ TempDir::~TempDir()
 void WriteFile(const std::string& path, const std::string& contents)
 {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << contents;
+}
+
+std::vector<std::string> Lines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
+    return lines;
 }
 
 std::string ReadFile(const std::string& path)

@@ -18,6 +18,12 @@ struct CliResult
 // when it is not empty, and captures both streams; a signal gives 128 plus its number.
 CliResult RunKelvorig(const std::vector<std::string>& arguments, const std::string& workingDirectory = "");
 
+// Starts the built binary with standard output and error written to these files; returns its
+// process id. ExitStatus reads a status from waitpid as RunKelvorig reports it.
+int StartKelvorig(const std::vector<std::string>& arguments, const std::string& outPath, const std::string& errPath,
+                  const std::string& workingDirectory = "");
+int ExitStatus(int waitStatus);
+
 // Runs RunCommandLine in this process with standard output and error sent to files.
 CliResult RunInProcess(const std::vector<std::string>& arguments);
 
@@ -42,5 +48,7 @@ private:
 
 void WriteFile(const std::string& path, const std::string& contents);
 std::string ReadFile(const std::string& path);
+// The lines of `text` without their line ends.
+std::vector<std::string> Lines(const std::string& text);
 
 } // namespace kelvorig::test
