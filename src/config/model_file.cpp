@@ -8,6 +8,8 @@
 #include <json/value.h>
 
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 
 namespace kelvorig {
 namespace {
@@ -19,10 +21,19 @@ bool ReadStandaloneSection(const std::string& name, const std::string& text, Tra
 {
     Json::Value section;
     Json::Reader reader;
-    if (!reader.parse(text, section, true))
+    std::string failure;
+    try
     {
-        std::fprintf(stderr, "couldn't parse standalone pharoscope_config %s: %s\n", name.c_str(),
-                     reader.getFormattedErrorMessages().c_str());
+        if (!reader.parse(text, section, true))
+            failure = reader.getFormattedErrorMessages();
+    }
+    catch (const Json::Exception& exception)
+    {
+        failure = exception.what();  // the reader's own limits, such as nesting over 1000 deep
+    }
+    if (!failure.empty())
+    {
+        std::fprintf(stderr, "couldn't parse standalone pharoscope_config %s: %s\n", name.c_str(), failure.c_str());
         return false;
     }
 
@@ -60,12 +71,22 @@ bool ReadModel(const std::string& path, TrackedObjectModel& model)
         text = ReadRuntimeFile(name);
     }
 
+    std::error_code ignored;
+    if (text.empty() && std::filesystem::is_directory(name, ignored))
+    {
+        std::fprintf(stderr, "couldn't read %s: is a directory\n", name.c_str());
+        return false;
+    }
     if (text.empty())
     {
         std::fprintf(stderr, "couldn't read %s: file is empty or does not exist\n", name.c_str());
         return false;
     }
+    return ReadModelText(name, text, model);
+}
 
+bool ReadModelText(const std::string& name, const std::string& text, TrackedObjectModel& model)
+{
     // The quoted key alone decides the shape, even when it stands in a comment.
     if (text.find(kQuotedSectionKey) == std::string::npos)
         return ReadStandaloneSection(name, text, model);

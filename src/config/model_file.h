@@ -14,6 +14,10 @@ namespace kelvorig {
 // fresh: parsing appends to its lists.
 bool ReadModel(const std::string& path, TrackedObjectModel& model);
 
+// The reading of ReadModel on a file's text already in memory (non-empty, CR LF folded);
+// `name` stands for the file in messages.
+bool ReadModelText(const std::string& name, const std::string& text, TrackedObjectModel& model);
+
 // ReadModel, then a SensorLayout with the identity transform; null when ReadModel failed.
 std::unique_ptr<SensorLayout> LoadSensorLayout(const std::string& path);
 

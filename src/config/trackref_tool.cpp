@@ -45,15 +45,8 @@ bool Fail(const char* format, const std::string& path, const std::string& reason
     return false;
 }
 
-bool PrintPoseFromFile(const std::string& path, std::ostream& out)
+bool PrintPoseFromText(const std::string& path, const std::string& text, std::ostream& out)
 {
-    std::ifstream in(path);
-    if (!in)
-        return Fail("couldn't read %s: %s\n", path, std::strerror(errno));
-
-    // note: parsed from a string, not the stream: the reader keeps its own copy of a string,
-    // while the text it reads from a stream is gone before the error message is formatted.
-    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     Json::Value root;
     Json::Reader reader;
     if (!reader.parse(text, root, true))
@@ -131,15 +124,34 @@ void TrackrefSample(std::ostream& out)
 
 bool TrackrefFromFile(const std::string& path, std::ostream& out)
 {
-    // A value of the wrong JSON type makes the library throw, and reading a directory makes
-    // the stream throw; either is an unreadable input file.
+    // Reading a directory makes the stream throw; that is an unreadable input file too.
     try
     {
-        return PrintPoseFromFile(path, out);
+        std::ifstream in(path);
+        if (!in)
+            return Fail("couldn't read %s: %s\n", path, std::strerror(errno));
+        // note: parsed from a string, not the stream: the reader keeps its own copy of a string,
+        // while the text it reads from a stream is gone before the error message is formatted.
+        const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+        return TrackrefFromText(path, text, out);
     }
     catch (const std::exception& e)
     {
         return Fail("couldn't read %s: %s\n", path, e.what());
+    }
+}
+
+bool TrackrefFromText(const std::string& name, const std::string& text, std::ostream& out)
+{
+    // A value of the wrong JSON type, or nesting past the reader's limit, makes the library
+    // throw; either is an unreadable input file.
+    try
+    {
+        return PrintPoseFromText(name, text, out);
+    }
+    catch (const std::exception& e)
+    {
+        return Fail("couldn't read %s: %s\n", name, e.what());
     }
 }
 

@@ -12,4 +12,7 @@ void TrackrefSample(std::ostream& out);
 // Returns false, with a message on standard error, on an unreadable file or a zero axis.
 bool TrackrefFromFile(const std::string& path, std::ostream& out);
 
+// The same for a file's text already in memory; `name` stands for the file in messages.
+bool TrackrefFromText(const std::string& name, const std::string& text, std::ostream& out);
+
 } // namespace kelvorig

@@ -1,5 +1,6 @@
 #include "driver/analysis_run.h"
 
+#include "driver/run_limits.h"
 #include "quality/pose_solvability.h"
 #include "support/angles.h"
 #include "support/worker_pool.h"
@@ -62,7 +63,7 @@ bool CheckAnalysisStep(const CommandOptions& options)
                      options.angleResolutionDegrees);
         return false;
     }
-    return true;
+    return CheckAnalysisGridSize(options.angleResolutionDegrees);
 }
 
 int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,

@@ -10,7 +10,8 @@ namespace kelvorig {
 class WorkerPool;
 
 // False, with the message printed, when /angleresolutiondegrees is 0 or below, or too small
-// to advance the grid's angles: the report would never end.
+// to advance the grid's angles (the report would never end), or so small that the grid would
+// outgrow the limit of run_limits.h.
 bool CheckAnalysisStep(const CommandOptions& options);
 
 // Prints the coverage (or, with /basestationsensitivity, the sensitivity) report of a

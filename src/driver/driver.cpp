@@ -7,6 +7,7 @@
 #include "driver/generate_run.h"
 #include "driver/model_drawing_run.h"
 #include "driver/placement_switches.h"
+#include "driver/run_limits.h"
 #include "driver/tool_run.h"
 #include "geometry/tracked_surface.h"
 #include "quality/quality_evaluator.h"
@@ -101,7 +102,7 @@ int RunCommandLine(const std::vector<std::string>& arguments)
         const bool argumentError = !ReadCommandLine(arguments, options);
         if (options.tool != CommandOptions::Tool::kNone)
             return RunTool(options, std::cout);
-        if (!CheckCommandLine(options, argumentError) || !CheckPlacementSwitches(options))
+        if (!CheckCommandLine(options, argumentError) || !CheckRunLimits(options) || !CheckPlacementSwitches(options))
             return 1;
         return LoadAndRun(options, evaluator);
     }

@@ -5,6 +5,8 @@
 #include <cctype>
 #include <cstdio>
 
+#include <sys/stat.h>
+
 namespace kelvorig {
 namespace {
 
@@ -13,11 +15,29 @@ constexpr int kProbeLength = 256;
 // Capacity of a word or line buffer, terminator included.
 constexpr size_t kBufferSize = 2048;
 
+// Where the bytes come from: the file at `path`, or `bytes` in memory when there is no path.
+// `name` is what the messages call it.
+struct StlSource
+{
+    const std::string& name;
+    const std::string* path;
+    std::string_view bytes;
+};
+
+FILE* OpenSource(const StlSource& source, const char* mode)
+{
+    if (source.path != nullptr)
+        return std::fopen(source.path->c_str(), mode);
+    static char noBytes = '\0';
+    char* data = source.bytes.empty() ? &noBytes : const_cast<char*>(source.bytes.data());
+    return fmemopen(data, source.bytes.size(), mode);  // read only, so the cast is harmless
+}
+
 // Closes the file on every path out of the reader.
 class StlFile
 {
 public:
-    StlFile(const std::string& path, const char* mode) : file(std::fopen(path.c_str(), mode)) {}
+    StlFile(const StlSource& source, const char* mode) : file(OpenSource(source, mode)) {}
     ~StlFile() { Close(); }
     StlFile(const StlFile&) = delete;
     StlFile& operator=(const StlFile&) = delete;
@@ -39,6 +59,18 @@ bool ReportOpenFailure(const std::string& path)
 {
     std::fprintf(stderr, "IOError: %s could not be opened...\n", path.c_str());
     return false;
+}
+
+bool ReportDirectory(const std::string& path)
+{
+    std::fprintf(stderr, "IOError: %s is a directory.\n", path.c_str());
+    return false;
+}
+
+bool IsDirectory(FILE* file)
+{
+    struct stat status;
+    return fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 bool ReportTooShort(const std::string& path)
@@ -196,19 +228,22 @@ bool ReadBinaryBody(FILE* file, const std::string& path, FloatLists& vertices, I
     return true;
 }
 
-} // namespace
-
-bool ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals)
+// Opens the source up to three times, as the reader of a file on disk would.
+bool ReadStl(const StlSource& source, FloatLists& vertices, IndexLists& facets, FloatLists& normals)
 {
+    const std::string& path = source.name;
     bool binaryMark = false;
     {
-        StlFile probe(path, "rb");
+        StlFile probe(source, "rb");
         if (!probe.IsOpen())
             return ReportOpenFailure(path);
+        // note: a directory opens fine and then reads as nothing at all.
+        if (IsDirectory(probe.get()))
+            return ReportDirectory(path);
         binaryMark = HasBinaryMark(probe.get());
     }
 
-    StlFile text(path, "r");
+    StlFile text(source, "r");
     if (!text.IsOpen())
         return ReportOpenFailure(path);
     vertices.clear();
@@ -222,10 +257,23 @@ bool ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& face
         return ReadTextBody(text.get(), path, vertices, facets, normals);
     text.Close();
 
-    StlFile binary(path, "rb");
+    StlFile binary(source, "rb");
     if (!binary.IsOpen())
         return ReportOpenFailure(path);
     return ReadBinaryBody(binary.get(), path, vertices, facets, normals);
+}
+
+} // namespace
+
+bool ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals)
+{
+    return ReadStl(StlSource{path, &path, {}}, vertices, facets, normals);
+}
+
+bool ReadStlBytes(const std::string& name, std::string_view bytes, FloatLists& vertices, IndexLists& facets,
+                  FloatLists& normals)
+{
+    return ReadStl(StlSource{name, nullptr, bytes}, vertices, facets, normals);
 }
 
 } // namespace kelvorig

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kelvorig {
@@ -18,5 +19,8 @@ using IndexLists = std::vector<std::vector<int32_t>>;
 // vertices 3t, 3t+1, 3t+2. Normals are kept as the file states them. On failure returns
 // false with the reason printed on stderr; the lists are then not to be used.
 bool ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals);
+// The same for the bytes of a file already in memory; `name` stands for the path in messages.
+bool ReadStlBytes(const std::string& name, std::string_view bytes, FloatLists& vertices, IndexLists& facets,
+                  FloatLists& normals);
 
 } // namespace kelvorig

@@ -15,7 +15,7 @@ SensorPlacementAnnealer::SensorPlacementAnnealer(PlacementLayout& layout, Tracke
                                                  double qualityLow, double qualityHigh, std::optional<uint32_t> seed)
     : layout_(layout),
       surface_(surface),
-      movesPerTemperature_(static_cast<int32_t>(layout.SensorCount()) * nIterations),
+      movesPerTemperature_(static_cast<int64_t>(layout.SensorCount()) * nIterations),
       nOrientations_(nOrientations),
       coolingRate_(coolingRate),
       engine_(kFixedSeed),
@@ -136,7 +136,7 @@ std::optional<TrackedObjectModel> SensorPlacementAnnealer::Anneal()
 
     do
     {
-        for (int32_t move = 0; move < movesPerTemperature_; ++move)
+        for (int64_t move = 0; move < movesPerTemperature_; ++move)
         {
             if (stopRequest_ != nullptr && stopRequest_->load(std::memory_order_relaxed))
                 return bestModel;

@@ -85,7 +85,7 @@ public:
     int64_t PlannedMoveCount() const;
     int64_t movesMade() const { return movesMade_; }
 
-    int32_t movesPerTemperature() const { return movesPerTemperature_; }
+    int64_t movesPerTemperature() const { return movesPerTemperature_; }
     double snapshotScore() const { return snapshotScore_; }
     int32_t movedIndex() const { return movedIndex_; }
     const RandomEngine& engine() const { return engine_; }
@@ -95,7 +95,7 @@ private:
     PlacementLayout& layout_;
     TrackedSurface& surface_;
     QualityEvaluator evaluator_;
-    int32_t movesPerTemperature_;
+    int64_t movesPerTemperature_;
     int32_t nOrientations_;
     double coolingRate_;
     double invStartTemperature_ = 0.0;

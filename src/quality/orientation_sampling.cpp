@@ -5,12 +5,41 @@
 #include "support/vector_math.h"
 
 #include <cmath>
+#include <cstdio>
 
 namespace kelvorig {
 namespace {
 
 constexpr int kCandidatesPerPoint = 10;
 constexpr double kNoNeighbour = 9999.0;  // squared distance before any neighbour is seen
+// Sampling is quadratic in the count: 25,000 take about 3 s on a 2-core development machine,
+// 10^6 over an hour. From this count on, progress is shown on standard error.
+constexpr int32_t kCountWorthProgress = 25'000;
+
+// One line per tenth of the work done, which grows with the square of the points made.
+class SamplingProgress
+{
+public:
+    explicit SamplingProgress(int32_t count) : count_(count), shown_(count >= kCountWorthProgress) {}
+
+    void Made(int32_t points)
+    {
+        if (!shown_)
+            return;
+        const double fraction = static_cast<double>(points) / count_;
+        const int tenths = static_cast<int>(10.0 * fraction * fraction);
+        if (tenths > tenths_)
+        {
+            tenths_ = tenths;
+            std::fprintf(stderr, "sampling %d orientations: %d%% done\n", count_, 10 * tenths);
+        }
+    }
+
+private:
+    int32_t count_;
+    bool shown_;
+    int tenths_ = 0;
+};
 
 Triple<double> DrawSphereDirection(RandomEngine& engine)
 {
@@ -41,8 +70,10 @@ void SampleBestCandidatePoses(int32_t count, std::vector<BaseStationPose>& poses
 {
     poses.clear();
     RandomEngine engine(kFixedSeed);
+    SamplingProgress progress(count);
     for (int32_t i = 0; i < count; ++i)
     {
+        progress.Made(i);
         Triple<double> chosen = {0.0, 0.0, 1.0};
         if (i > 0)
         {
@@ -64,6 +95,7 @@ void SampleBestCandidatePoses(int32_t count, std::vector<BaseStationPose>& poses
         pose.gridYaw = pose.rotationVector[1];
         poses.push_back(pose);
     }
+    progress.Made(count);
 }
 
 void SampleGridPoses(double fullTurn, double step, std::vector<BaseStationPose>& poses)
