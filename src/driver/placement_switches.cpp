@@ -83,7 +83,9 @@ SurfaceLoading SurfaceLoadingOf(const CommandOptions& options)
 
 bool BuildSeatRules(const CommandOptions& options, const TrackedSurface& surface, std::unique_ptr<SeatRules>& rules)
 {
-    if (!options.maxSeatDepth && options.keepOutPaths.empty() && !options.minSensorSpacing)
+    // A spacing of 0 keeps nothing apart: no rule, and draws exactly as without the switch.
+    const bool spacing = options.minSensorSpacing && *options.minSensorSpacing > 0.0;
+    if (!options.maxSeatDepth && options.keepOutPaths.empty() && !spacing)
         return true;
     rules = std::make_unique<SeatRules>();
     if (options.maxSeatDepth)
@@ -105,7 +107,7 @@ bool BuildSeatRules(const CommandOptions& options, const TrackedSurface& surface
         if (!LoadKeepOut(path, surface.unitScale(), *rules))
             return false;
     }
-    if (options.minSensorSpacing)
+    if (spacing)
         rules->SetMinSensorSpacing(*options.minSensorSpacing);
     return true;
 }

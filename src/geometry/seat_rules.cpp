@@ -7,6 +7,9 @@ namespace kelvorig {
 namespace {
 
 constexpr double kMetresPerMillimetre = 0.001;
+// Metres a seat may lie beyond its depth limit: seats are 32-bit floats and the hull's planes
+// are joggled, so a seat on an outer face can sit a hair inside it, even under a limit of 0.
+constexpr double kDepthTolerance = 1e-6;
 
 } // namespace
 
@@ -43,7 +46,7 @@ std::optional<SeatRule> SeatRules::Refusal(const Eigen::Vector3f& position, cons
 {
     // not "depth > limit": a depth that is not a number must refuse too.
     if (hull_ && !(hull_->ExitDistance(position.cast<double>(), normal.cast<double>()) <=
-                   maxSeatDepth_ * kMetresPerMillimetre))
+                   maxSeatDepth_ * kMetresPerMillimetre + kDepthTolerance))
         return SeatRule::kMaxSeatDepth;
     for (const KeepOutVolume& volume : keepOuts_)
     {

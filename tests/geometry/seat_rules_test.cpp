@@ -15,8 +15,8 @@ namespace {
 using test::TempDir;
 using test::TestMesh;
 
-// A closed solid of revolution about +Z: the profile (r, z), millimetres, swept round in 48
-// steps; facets that would lie on the axis are left out, the winding is made to face outwards.
+// A closed solid of revolution about +Z: the profile (r, z), millimetres and clockwise so that
+// the winding faces outwards, swept round in 48 steps; facets on the axis are left out.
 TestMesh Revolve(const std::vector<Eigen::Vector2f>& profile)
 {
     constexpr int kSteps = 48;
@@ -27,7 +27,6 @@ TestMesh Revolve(const std::vector<Eigen::Vector2f>& profile)
         const Eigen::Vector2f& p = profile[k % profile.size()];
         return Eigen::Vector3f(p.x() * std::cos(angle), p.x() * std::sin(angle), p.y());
     };
-    double volume = 0.0;
     for (size_t k = 0; k < profile.size(); ++k)
         for (int s = 0; s < kSteps; ++s)
         {
@@ -38,12 +37,8 @@ TestMesh Revolve(const std::vector<Eigen::Vector2f>& profile)
                     const int first = static_cast<int>(mesh.vertices.size());
                     mesh.vertices.insert(mesh.vertices.end(), t.begin(), t.end());
                     mesh.triangles.push_back({first, first + 1, first + 2});
-                    volume += t[0].dot(t[1].cross(t[2]));
                 }
         }
-    for (std::array<int, 3>& t : mesh.triangles)
-        if (volume < 0.0)
-            std::swap(t[1], t[2]);
     return mesh;
 }
 
@@ -65,8 +60,8 @@ struct RuledSurface
 TEST(SeatRules, TubeAndCapGetNoSeatOnTheirInnerFacesUnderMaxSeatDepth)
 {
     const std::vector<std::vector<Eigen::Vector2f>> shapes = {
-        {{27, 0}, {30, 0}, {30, 40}, {27, 40}},                    // tube, open at both ends
-        {{0, 37}, {27, 37}, {27, 0}, {30, 0}, {30, 40}, {0, 40}}}; // cap, open at the bottom
+        {{27, 40}, {30, 40}, {30, 0}, {27, 0}},                    // tube, open at both ends
+        {{0, 40}, {30, 40}, {30, 0}, {27, 0}, {27, 37}, {0, 37}}}; // cap, open at the bottom
     for (const auto& profile : shapes)
         for (const bool ruled : {false, true})
         {
