@@ -141,7 +141,7 @@ TEST(RepeatableRun, AnInterruptedRunWritesCompleteFilesAndEndsWith130)
     } cases[] = {
         {box.Generate({"/seed", "5"}, "100000"), "....", SIGINT},
         {box.Generate({"/restarts", "3", "/seed", "5"}, "100000"), "anneal duration: ", SIGTERM},
-        {box.Generate({"/seed", "5", "/angleresolutiondegrees", "0.05"}), box.json, SIGINT},
+        {box.Generate({"/seed", "5", "/angleresolutiondegrees", "0.1"}), box.json, SIGINT},
     };
     for (const auto& c : cases)
     {
