@@ -115,7 +115,11 @@ TEST(StlReaderTest, FaultsAreReportedByPlace)
                                            {96, 4},  {107, 4}, {108, 4}, {119, 4}, {120, 4}, {131, 4},
                                            {132, 5}, {133, 5}, {134, 3}, {183, 5}, {584, 3}, {683, 5}};
     for (const auto& [length, code] : cuts)
-        cases.emplace_back(whole.substr(0, length).replace(0, 1, "\x01"), BadFormat(code));
+    {
+        std::string cut = whole.substr(0, length);
+        cut[0] = '\x01';
+        cases.emplace_back(cut, BadFormat(code));
+    }
     // A count beyond the file fails where the bytes end.
     std::string absurd = whole;
     std::memset(absurd.data() + 80, 0x7F, 4);
