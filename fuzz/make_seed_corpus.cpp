@@ -4,7 +4,7 @@
 #include "config/device_config.h"
 #include "config/model_file.h"
 #include "config/trackref_tool.h"
-#include "support/cli_runner.h"
+#include "support/test_files.h"
 #include "support/test_meshes.h"
 
 #include <json/writer.h>

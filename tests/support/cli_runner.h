@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/test_files.h"
+
 #include <cstdio>
 #include <functional>
 #include <string>
@@ -29,26 +31,5 @@ CliResult RunInProcess(const std::vector<std::string>& arguments);
 
 // Runs `write` on two fresh temporary files and returns what it wrote to each.
 CliResult CaptureFiles(const std::function<void(FILE* out, FILE* err)>& write);
-
-// A fresh empty directory under the system's temporary directory, removed with the object.
-class TempDir
-{
-public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-
-    const std::string& path() const { return path_; }
-    std::string File(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
-};
-
-void WriteFile(const std::string& path, const std::string& contents);
-std::string ReadFile(const std::string& path);
-// The lines of `text` without their line ends.
-std::vector<std::string> Lines(const std::string& text);
 
 } // namespace kelvorig::test
