@@ -78,27 +78,18 @@ TEST(QualityEvaluator, TermsMatchIndependentPoseError)
     {
         const double term = evaluator.PoseTerm(pose);
         sum += term;
-        const Eigen::Matrix3d rotation =
-            test::RotationOntoZ(Eigen::Vector3d(pose.direction[0], pose.direction[1], pose.direction[2]));
-        std::vector<Eigen::Vector3d> seen;
-        for (size_t i = 0; i < layout.SensorCount() && !std::isnan(pose.quaternion.w); ++i)
-        {
-            if ((rotation * layout.normals[i]).dot(-(rotation * layout.positions[i] + Eigen::Vector3d(0, 0, -2)).normalized()) >
-                layout.cosMaxIncidence)
-                seen.push_back(layout.positions[i]);
-        }
-        if (seen.empty())
+        const test::ReferenceView view = test::ReferenceViewOf(
+            layout, test::RotationOntoZ(Eigen::Vector3d(pose.direction[0], pose.direction[1], pose.direction[2])),
+            {0.0, 0.0, -2.0});
+        if (view.points.empty() || std::isnan(pose.quaternion.w))
         {
             EXPECT_EQ(term, 2.0);
             continue;
         }
-        test::ReferencePose reference;
-        reference << 0.0, 0.0, -2.0, pose.rotationVector[0], pose.rotationVector[1], pose.rotationVector[2];
-        const Eigen::Matrix<double, 6, 1> d = test::ReferenceVariances(reference, seen);
-        const double error = std::sqrt(d[0] + d[1] + d[2]) + std::sqrt(d[3] + d[4] + d[5]);
-        if (seen.size() >= 3 && !std::isnan(error))
+        const double error = view.PositionError() + view.RotationError();
+        if (view.points.size() >= 3 && !std::isnan(error))
         {
-            EXPECT_NEAR(term, std::tanh(100.0 * error - 2.0) + std::tanh(2.0), 1e-6) << "pose with " << seen.size();
+            EXPECT_NEAR(term, std::tanh(100.0 * error - 2.0) + std::tanh(2.0), 1e-6) << "pose with " << view.points.size();
             ++scored;
         }
     }

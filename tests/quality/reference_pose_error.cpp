@@ -73,6 +73,29 @@ Eigen::Matrix<double, 6, 1> ReferenceVariances(const ReferencePose& pose, const 
     return lu.inverse().diagonal();
 }
 
+ReferenceView ReferenceViewOf(const SensorLayout& layout, const Eigen::Matrix3d& rotation,
+                              const Eigen::Vector3d& translation)
+{
+    ReferenceView view;
+    for (size_t i = 0; i < layout.SensorCount(); ++i)
+    {
+        const double c = (rotation * layout.normals[i]).dot(-(rotation * layout.positions[i] + translation).normalized());
+        view.borderline = view.borderline || std::abs(c - layout.cosMaxIncidence) < 1e-9;
+        if (c > layout.cosMaxIncidence)
+        {
+            view.ids.push_back(layout.sensorIds[i]);
+            view.points.push_back(layout.positions[i]);
+        }
+    }
+    if (view.points.empty())
+        return view;
+    const Eigen::AngleAxisd turn(rotation);
+    ReferencePose pose;
+    pose << translation, turn.angle() * turn.axis();
+    view.variances = ReferenceVariances(pose, view.points);
+    return view;
+}
+
 Eigen::Vector3d GridDirection(double yaw, double pitch)
 {
     return {std::sin(yaw) * std::cos(pitch), std::sin(pitch), std::cos(yaw) * std::cos(pitch)};

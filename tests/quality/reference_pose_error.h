@@ -4,6 +4,7 @@
 
 #include <Eigen/Core>
 
+#include <cmath>
 #include <vector>
 
 namespace kelvorig::test {
@@ -28,6 +29,23 @@ Eigen::MatrixXd ReferenceJacobian(const ReferencePose& pose, const std::vector<E
 // sensors can't fix all six parameters.
 Eigen::Matrix<double, 6, 1> ReferenceVariances(const ReferencePose& pose, const std::vector<Eigen::Vector3d>& points,
                                                double tilt = 0.0);
+
+// What the reference model makes of `layout` turned by `rotation` and moved to `translation`:
+// the sensors seen within the incidence limit and the variances of the six pose parameters
+// (NaN when those sensors can't fix them or none is seen).
+struct ReferenceView
+{
+    std::vector<int> ids;
+    std::vector<Eigen::Vector3d> points;
+    Eigen::Matrix<double, 6, 1> variances = Eigen::Matrix<double, 6, 1>::Constant(std::nan(""));
+    bool borderline = false;  // a sensor within 1e-9 of the limit, where rounding decides
+
+    double PositionError() const { return std::sqrt(variances.head<3>().sum()); }
+    double RotationError() const { return std::sqrt(variances.tail<3>().sum()); }
+};
+
+ReferenceView ReferenceViewOf(const SensorLayout& layout, const Eigen::Matrix3d& rotation,
+                              const Eigen::Vector3d& translation);
 
 // Unit direction (object frame) of a grid angle pair, and the pose that turns it onto +Z.
 Eigen::Vector3d GridDirection(double yaw, double pitch);
