@@ -26,14 +26,6 @@ test::CliResult QuickGenerate(const test::MeshSurface& box, std::vector<std::str
     return test::RunKelvorig(arguments);
 }
 
-// The model of a JSON file written by /outmodel (a comment line, then the section).
-TrackedObjectModel ReadWrittenModel(const std::string& path)
-{
-    TrackedObjectModel model;
-    EXPECT_TRUE(ReadModel(path, model)) << path;
-    return model;
-}
-
 TEST(OrientationSpacing, TightensTheIncidenceLimitByRadiansTakenFromDegrees)
 {
     EXPECT_NEAR(60.0 - 0.5 * OrientationSpacing(1250), 59.946, 0.0005);
@@ -61,7 +53,8 @@ TEST(GenerateRun, FilesCarryTheScoreOfTheWrittenLayout)
                     .starts_with("/* Final Quality Score: " + score + " / 1000 (lower is better) */\n/*\n" +
                                  json.substr(0, json.size() - 1) + "*/\n\n"));
 
-    const TrackedObjectModel model = ReadWrittenModel(dir.File("o.json"));
+    TrackedObjectModel model;
+    ASSERT_TRUE(ReadModel(dir.File("o.json"), model));
     EXPECT_EQ(model.channelMap, (std::vector<int32_t>{0, 1, 2, 3, 4}));
     SensorLayout layout(model, kIdentityTransform);
     layout.cosMaxIncidence = std::cos(DegreesToRadians(60.0 - 0.5 * OrientationSpacing(20)));
@@ -85,11 +78,12 @@ TEST(GenerateRun, ImmutableSensorsLeadAndOneOutputIsWrittenAlone)
     const test::CliResult result = QuickGenerate(box, {"/model", dir.File("immutable.json"), "/outmodel", dir.File("o.json")});
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_TRUE(result.err.starts_with("anneal duration: ")) << "no warning expected: " << result.err;
-    const TrackedObjectModel model = ReadWrittenModel(dir.File("o.json"));
+    TrackedObjectModel model;
+    ASSERT_TRUE(ReadModel(dir.File("o.json"), model));
     EXPECT_EQ(model.channelMap, (std::vector<int32_t>{0, 1, 2, 3, 4}));
-    EXPECT_EQ(model.modelPoints[0], Eigen::Vector3f(0.0f, 0.0f, 0.05f));
-    EXPECT_EQ(model.modelPoints[1], Eigen::Vector3f(0.05f, 0.01f, -0.02f));
-    EXPECT_EQ(model.modelNormals[1], Eigen::Vector3f(1.0f, 0.0f, 0.0f));
+    EXPECT_EQ(std::tie(model.modelPoints[0], model.modelPoints[1], model.modelNormals[1]),
+              std::make_tuple(Eigen::Vector3f(0.0f, 0.0f, 0.05f), Eigen::Vector3f(0.05f, 0.01f, -0.02f),
+                              Eigen::Vector3f(1.0f, 0.0f, 0.0f)));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2);
 
     ASSERT_EQ(QuickGenerate(box, {"/outscad", dir.File("only.scad")}).status, 0);
