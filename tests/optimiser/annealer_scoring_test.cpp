@@ -14,23 +14,23 @@ namespace {
 
 struct AnnealRecord
 {
-    std::vector<double> scores;  // the first layout's, then every move's
+    std::vector<double> scores; // the first layout's, then every move's
     TrackedObjectModel best;
     double bestScore = 0.0;
-    double finalScore = 0.0;  // of the layout the anneal leaves, scored afresh
+    double finalScore = 0.0; // of the layout the anneal leaves, scored afresh
     PlacementLayout layout{0};
 };
 
-// A short anneal with fixed seeds on the occluded cube: 8 sensors, 2 of them immutable, 60
-// orientations, 12 temperatures of 16 moves.
-AnnealRecord Anneal(SensorPlacementAnnealer::Scoring scoring, int32_t threads)
+// A short anneal with fixed seeds on the occluded cube on 2 threads: 8 sensors, 2 of them
+// immutable, 60 orientations, 12 temperatures of 16 moves.
+AnnealRecord Anneal(SensorPlacementAnnealer::Scoring scoring)
 {
     test::MeshSurface mesh(test::MakeOccludedCube(), 99);
     PlacementLayout layout(8);
     layout.cosMaxIncidence = 0.5;
     PlacementProblem(8, mesh.surface()).PlaceInitialSensors(layout);
     layout.immutableCount = 2;
-    WorkerPool workers(threads);
+    WorkerPool workers(2);
     SensorPlacementAnnealer annealer(layout, mesh.surface(), 2, 60, 0.5, -1.0, -1.0, 31337);
     annealer.SetScoring(scoring);
     annealer.UseWorkers(workers);
@@ -46,11 +46,11 @@ AnnealRecord Anneal(SensorPlacementAnnealer::Scoring scoring, int32_t threads)
 }
 
 // Incremental scores agree with the reference's to rounding, too little to change any
-// decision: the same moves stand and the same layout comes out, on any number of threads
-// with the same scores exactly.
+// decision: the same moves stand and the same layout comes out. (That the thread count
+// changes nothing is checked on the binary's outputs, by the repeatable-run test.)
 TEST(AnnealerScoring, IncrementalScoresEveryMoveAsTheReference)
 {
-    const AnnealRecord reference = Anneal(SensorPlacementAnnealer::Scoring::Reference, 1);
+    const AnnealRecord reference = Anneal(SensorPlacementAnnealer::Scoring::Reference);
     ASSERT_EQ(reference.scores.size(), 1u + 12u * 16u);
     // The acceptance rule over the scores seen: a worsening move stands when a draw of the
     // acceptance stream is at most exp(-rise / temperature). The layout left at the end is the
@@ -71,19 +71,14 @@ TEST(AnnealerScoring, IncrementalScoresEveryMoveAsTheReference)
     EXPECT_NEAR(reference.finalScore, previous, 1e-9 * previous);
     EXPECT_TRUE(undone > 5 && worseKept > 5);
 
-    const AnnealRecord one = Anneal(SensorPlacementAnnealer::Scoring::Incremental, 1);
-    const AnnealRecord two = Anneal(SensorPlacementAnnealer::Scoring::Incremental, 2);
-    EXPECT_EQ(two.scores, one.scores);
-    ASSERT_EQ(one.scores.size(), reference.scores.size());
+    const AnnealRecord fast = Anneal(SensorPlacementAnnealer::Scoring::Incremental);
+    ASSERT_EQ(fast.scores.size(), reference.scores.size());
     for (size_t move = 0; move < reference.scores.size(); ++move)
-        ASSERT_NEAR(one.scores[move], reference.scores[move], 1e-9 * reference.scores[move]) << "move " << move;
-    for (const AnnealRecord* fast : {&one, &two})
-    {
-        EXPECT_TRUE(fast->layout.positions == reference.layout.positions && fast->layout.normals == reference.layout.normals);
-        EXPECT_EQ(fast->best.modelPoints, reference.best.modelPoints);
-        EXPECT_EQ(fast->best.modelNormals, reference.best.modelNormals);
-        EXPECT_NEAR(fast->bestScore, reference.bestScore, 1e-9 * reference.bestScore);
-    }
+        ASSERT_NEAR(fast.scores[move], reference.scores[move], 1e-9 * reference.scores[move]) << "move " << move;
+    EXPECT_TRUE(fast.layout.positions == reference.layout.positions && fast.layout.normals == reference.layout.normals);
+    EXPECT_EQ(fast.best.modelPoints, reference.best.modelPoints);
+    EXPECT_EQ(fast.best.modelNormals, reference.best.modelNormals);
+    EXPECT_NEAR(fast.bestScore, reference.bestScore, 1e-9 * reference.bestScore);
 }
 
 } // namespace
