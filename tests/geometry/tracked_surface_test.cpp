@@ -1,14 +1,32 @@
 #include "geometry/tracked_surface.h"
 
+#include "geometry/unit_scale.h"
 #include "support/cli_runner.h"
 #include "support/test_meshes.h"
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace kelvorig {
 namespace {
 
 using test::MakeBox;
+
+// Bounding-box diagonals under five are metres; the diagonal and not the longest side decides.
+TEST(UnitScale, BoundingBoxDiagonalsUnderFiveAreMetres)
+{
+    VertexMatrix V(3, 3);
+    V << -1, -2, 0, 2, 2, 12, 0, 0, 0;
+    EXPECT_EQ(MeshExtentDiagonal(V), 13.0f);
+    V << 0, 0, 0, 4, 4, 4, 2, 2, 2;
+    EXPECT_EQ(InferUnitScale(MeshExtentDiagonal(V)), 0.001);
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const std::pair<float, double> cases[] = {{0.0f, 1.0},         {1.2f, 1.0},      {4.9999995f, 1.0}, {5.0f, 0.001},
+                                              {5.0000005f, 0.001}, {1200.0f, 0.001}, {nan, 0.001}};
+    for (const auto& [diagonal, scale] : cases)
+        EXPECT_EQ(InferUnitScale(diagonal), scale) << diagonal;
+}
 
 // Millimetres (a 0.8 x 0.8 x 0.4 m box drawn a thousand times too large) are read in metres;
 // obstacles take the surface's scale and their facets come after the surface's. (A surface
