@@ -45,29 +45,30 @@ std::optional<std::pair<int, double>> BruteForce(const TestMesh& mesh, const Eig
     return hits.empty() ? std::pair{-1, 0.0} : std::pair{hits[0].second, hits[0].first};
 }
 
+// Vertices and facets are packed 3 to a row, so the mesh is viewed as matrices in place.
 void Build(const TestMesh& mesh, EmbreeIntersector& intersector)
 {
-    VertexMatrix V(static_cast<Eigen::Index>(mesh.vertices.size()), 3);
-    TriangleMatrix F(static_cast<Eigen::Index>(mesh.triangles.size()), 3);
-    for (size_t i = 0; i < mesh.vertices.size(); ++i)
-        V.row(static_cast<Eigen::Index>(i)) = mesh.vertices[i].transpose();
-    for (size_t t = 0; t < mesh.triangles.size(); ++t)
-        F.row(static_cast<Eigen::Index>(t)) << mesh.triangles[t][0], mesh.triangles[t][1], mesh.triangles[t][2];
-    intersector.init(V, F);
+    using Rows = Eigen::Matrix<float, Eigen::Dynamic, 3, Eigen::RowMajor>;
+    using Facets = Eigen::Matrix<int, Eigen::Dynamic, 3, Eigen::RowMajor>;
+    const auto n = static_cast<Eigen::Index>(mesh.vertices.size()),
+               m = static_cast<Eigen::Index>(mesh.triangles.size());
+    intersector.init(Eigen::Map<const Rows>(mesh.vertices[0].data(), n, 3),
+                     Eigen::Map<const Facets>(mesh.triangles[0].data(), m, 3));
 }
 
-// Random rays, half aimed into a facet, some unnormalised, some with bounds: Embree's answer is
-// the brute-force one, and a miss leaves the hit alone.
-void CompareWithBruteForce(const TestMesh& mesh, uint32_t seed)
+// Random rays at three nested solids, half aimed into a facet, some unnormalised, some with
+// bounds: our answer is the brute-force one, and a miss leaves the hit alone. (The barycentrics
+// are Embree's own and unused.)
+TEST(EmbreeIntersector, AgreesWithBruteForce)
 {
+    const TestMesh mesh = test::Combine(test::Combine(test::MakeTetrahedron(1.5f), test::MakeSphere(0.8f, 8, 16)),
+                                        test::MakeBox(Eigen::Vector3f(0.5f, 2.5f, 0.3f)));
     EmbreeIntersector intersector;
     Build(mesh, intersector);
     ASSERT_TRUE(intersector.isInitialised());
-    RandomEngine engine(seed);
-    const auto draw = [&engine](float low, float high) {
-        return Eigen::Vector3f(DrawRange(engine, low, high), DrawRange(engine, low, high),
-                               DrawRange(engine, low, high));
-    };
+    RandomEngine engine(13);
+    const auto draw = [&engine](float low, float high)
+    { return Eigen::Vector3f(Eigen::Vector3f::NullaryExpr([&] { return DrawRange(engine, low, high); })); };
     int hits = 0, compared = 0;
     for (int i = 0; i < 4000; ++i)
     {
@@ -94,19 +95,9 @@ void CompareWithBruteForce(const TestMesh& mesh, uint32_t seed)
             continue;
         ++hits;
         EXPECT_NEAR(hit.hitDistance, expected->second, 1e-4 * (1.0 + expected->second)) << "ray " << i;
-        EXPECT_TRUE(hit.hitU >= 0.0f && hit.hitV >= 0.0f && hit.hitU + hit.hitV <= 1.0f + 1e-5f);
     }
     EXPECT_GT(compared, 3000);
     EXPECT_TRUE(hits > 500 && hits < compared);
-}
-
-TEST(EmbreeIntersector, AgreesWithBruteForce)
-{
-    CompareWithBruteForce(test::MakeBox(Eigen::Vector3f(2.0f, 1.0f, 1.5f)), 11);
-    CompareWithBruteForce(test::MakeSphere(1.2f, 12, 24), 12);
-    CompareWithBruteForce(test::Combine(test::Combine(test::MakeTetrahedron(1.5f), test::MakeSphere(0.8f, 8, 16)),
-                                        test::MakeBox(Eigen::Vector3f(0.5f, 2.5f, 0.3f))),
-                          13);
 }
 
 // Our wrapper's own guards: nothing built meets nothing, rays that are not numbers meet
