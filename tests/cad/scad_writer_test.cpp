@@ -27,27 +27,17 @@ TEST(WriteScadFile, BareSeatsAreNumberedByRow)
 
 TEST(WriteScadFile, BackslashesInImportPathsAreDoubledSlashesKept)
 {
-    const std::string text = WriteScadFile(TrackedObjectModel(), "C:\\cad\\shell.stl",
-                                           {"../meshes/strap.stl", "D:\\x\\\\y.stl"}, 1.0, false);
+    const std::string text = WriteScadFile(TrackedObjectModel(), "C:\\cad\\shell.stl", {"../x\\\\y.stl"}, 1.0, false);
     EXPECT_NE(text.find("\tcolor(\"orange\") import(\"C:\\\\cad\\\\shell.stl\", convexity = 4);\n"), std::string::npos);
-    EXPECT_NE(text.find("\tcolor(\"white\") import(\"../meshes/strap.stl\", convexity = 4);\n"), std::string::npos);
-    EXPECT_NE(text.find("\tcolor(\"white\") import(\"D:\\\\x\\\\\\\\y.stl\", convexity = 4);\n"), std::string::npos);
+    EXPECT_NE(text.find("\tcolor(\"white\") import(\"../x\\\\\\\\y.stl\", convexity = 4);\n"), std::string::npos);
 }
 
 TEST(RotationText, TurnsZOntoTheNormal)
 {
-    const struct
-    {
-        Eigen::Vector3f normal;
-        const char* text;
-    } cases[] = {
-        {{0, 0, -1}, "-180, [1, 0, 0]"},
-        {{0, 1, 0}, "-90, [1, 0, 0]"},
-        // Within the cut-off the axis is X whatever the tilt's direction.
-        {{0.01f, 0, 0.99995f}, "-0.573008, [1, 0, 0]"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(RotationText(c.normal), c.text) << c.normal.transpose();
+    // Other normals are in the command-line table's drawings.
+    EXPECT_EQ(RotationText({0, 0, -1}), "-180, [1, 0, 0]");
+    // Within the cut-off the axis is X whatever the tilt's direction.
+    EXPECT_EQ(RotationText({0.01f, 0, 0.99995f}), "-0.573008, [1, 0, 0]");
 
     // A general normal: the angle is its tilt off +Z, the axis n x Z = (ny, -nx, 0) normalised.
     const Eigen::Vector3f normal = Eigen::Vector3f(0.3f, -0.4f, 0.5f).normalized();
