@@ -19,10 +19,9 @@ struct ReadResult
     TrackedObjectModel model;
 };
 
-ReadResult Read(const std::string& path, const std::string& text = "")
+ReadResult Read(const std::string& path, const std::string& text)
 {
-    if (!text.empty())
-        WriteFile(path, text);
+    WriteFile(path, text);
     ReadResult result;
     testing::internal::CaptureStderr();
     result.ok = ReadModel(path, result.model);
