@@ -35,6 +35,10 @@ TEST(SensorLayout, SkipsNegativeIdsKeepsSourceIndicesAndAppliesTheTransform)
     const SensorLayout turned(model, {0, -1, 0, 1, 0, 0, 0, 0, 1, 10, 0, 0});
     EXPECT_EQ(turned.positions[2], Eigen::Vector3d(8, 1, 3));
     EXPECT_EQ(turned.normals[2], Eigen::Vector3d(0, 1, 0));
+
+    // Lists of unequal length give a layout without sensors.
+    model.modelNormals.pop_back();
+    EXPECT_EQ(SensorLayout(model, kIdentityTransform).SensorCount(), 0u);
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "support/log_writer.h"
 
-
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <regex>
 #include <string>
 
@@ -14,12 +14,9 @@ const char* const kStamp = R"([A-Z][a-z]{2} [A-Z][a-z]{2} \d{2} \d{4} \d{2}:\d{2
 std::string Contents(FILE* stream)
 {
     std::fflush(stream);
+    std::string text(static_cast<size_t>(std::ftell(stream)), '\0');
     std::rewind(stream);
-    std::string text;
-    char buffer[256];
-    size_t got;
-    while ((got = std::fread(buffer, 1, sizeof buffer, stream)) > 0)
-        text.append(buffer, got);
+    text.resize(std::fread(text.data(), 1, text.size(), stream));
     return text;
 }
 
@@ -38,14 +35,13 @@ TEST(LogWriter, PrefixesLinesAndClosesOpenOnes)
     log.Write(2, false, "next\n");
 
     const std::string s = kStamp;
-    EXPECT_TRUE(std::regex_match(Contents(stream), std::regex(s + " - Out of thread local storage!\n" + s +
-                                                             " - count 7, continued\n" + s + " - open\n" + s +
-                                                             " - next\n")))
+    EXPECT_TRUE(
+        std::regex_match(Contents(stream), std::regex(s + " - Out of thread local storage!\n" + s +
+                                                      " - count 7, continued\n" + s + " - open\n" + s + " - next\n")))
         << Contents(stream);
-    EXPECT_TRUE(std::regex_match(Contents(second),
-                                 std::regex(s + " - kelvorig - Out of thread local storage!\n" + s +
-                                            " - kelvorig - count 7kelvorig - , continued\n" + s +
-                                            " - kelvorig - open" + s + " - kelvorig - next\n")))
+    EXPECT_TRUE(std::regex_match(Contents(second), std::regex(s + " - kelvorig - Out of thread local storage!\n" + s +
+                                                              " - kelvorig - count 7kelvorig - , continued\n" + s +
+                                                              " - kelvorig - open" + s + " - kelvorig - next\n")))
         << Contents(second);
     std::fclose(stream);
     std::fclose(second);

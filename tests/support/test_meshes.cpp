@@ -9,15 +9,6 @@
 #include <sstream>
 
 namespace kelvorig::test {
-namespace {
-
-void AppendWord(std::string& bytes, uint32_t word)
-{
-    for (int shift = 0; shift < 32; shift += 8)
-        bytes.push_back(static_cast<char>((word >> shift) & 0xFF));
-}
-
-} // namespace
 
 Eigen::Vector3f TestMesh::FacetNormal(size_t t) const
 {
@@ -46,7 +37,8 @@ TestMesh MakePlate(float width, float thickness)
 
 TestMesh MakeTetrahedron(float edge)
 {
-    return {{Eigen::Vector3f::Zero(), {edge, 0, 0}, {0, edge, 0}, {0, 0, edge}}, {{0, 2, 1}, {0, 1, 3}, {0, 3, 2}, {1, 2, 3}}};
+    return {{Eigen::Vector3f::Zero(), {edge, 0, 0}, {0, edge, 0}, {0, 0, edge}},
+            {{0, 2, 1}, {0, 1, 3}, {0, 3, 2}, {1, 2, 3}}};
 }
 
 TestMesh MakeSphere(float radius, int rings, int segments)
@@ -58,7 +50,8 @@ TestMesh MakeSphere(float radius, int rings, int segments)
         {
             const double polar = 3.141592653589793 * ring / rings, azimuth = 6.283185307179586 * segment / segments;
             mesh.vertices.push_back(radius * Eigen::Vector3d(std::sin(polar) * std::cos(azimuth),
-                                                             std::sin(polar) * std::sin(azimuth), std::cos(polar)).cast<float>());
+                                                             std::sin(polar) * std::sin(azimuth), std::cos(polar))
+                                                 .cast<float>());
         }
     mesh.vertices.emplace_back(0.0f, 0.0f, -radius);
     const int south = static_cast<int>(mesh.vertices.size()) - 1;
@@ -96,13 +89,18 @@ TestMesh MakeOccludedCube()
 std::string BinaryStl(const TestMesh& mesh)
 {
     std::string bytes = "test binary" + std::string(69, ' ');
-    AppendWord(bytes, static_cast<uint32_t>(mesh.triangles.size()));
+    const auto appendWord = [&bytes](uint32_t word)
+    {
+        for (int shift = 0; shift < 32; shift += 8)
+            bytes.push_back(static_cast<char>((word >> shift) & 0xFF));
+    };
+    appendWord(static_cast<uint32_t>(mesh.triangles.size()));
     for (size_t t = 0; t < mesh.triangles.size(); ++t)
     {
         for (const Eigen::Vector3f& v : {mesh.FacetNormal(t), mesh.vertices[mesh.triangles[t][0]],
                                          mesh.vertices[mesh.triangles[t][1]], mesh.vertices[mesh.triangles[t][2]]})
             for (int k = 0; k < 3; ++k)
-                AppendWord(bytes, std::bit_cast<uint32_t>(v[k]));
+                appendWord(std::bit_cast<uint32_t>(v[k]));
         bytes.append(2, '\0');
     }
     return bytes;
