@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 namespace kelvorig {
 namespace {
 
@@ -17,30 +15,6 @@ void ApplyRules(test::MeshSurface& mesh, const CommandOptions& options, std::uni
     mesh.surface().SetSeatRules(rules.get());
 }
 
-// A closed solid of revolution about +Z: the profile (r, z), millimetres and clockwise so that
-// the winding faces outwards, swept round in 48 steps; facets on the axis are left out.
-test::TestMesh Revolve(const std::vector<Eigen::Vector2f>& profile)
-{
-    test::TestMesh mesh;
-    const auto at = [&](size_t k, int step)
-    {
-        const float angle = 6.2831853f * static_cast<float>(step % 48) / 48.0f;
-        const Eigen::Vector2f& p = profile[k % profile.size()];
-        return Eigen::Vector3f(p.x() * std::cos(angle), p.x() * std::sin(angle), p.y());
-    };
-    for (size_t k = 0; k < profile.size(); ++k)
-        for (int s = 0; s < 48; ++s)
-            for (const std::array<Eigen::Vector3f, 3>& t : {std::array{at(k, s), at(k + 1, s), at(k + 1, s + 1)},
-                                                           std::array{at(k, s), at(k + 1, s + 1), at(k, s + 1)}})
-                if (t[0] != t[1] && t[1] != t[2] && t[2] != t[0])
-                {
-                    const int first = static_cast<int>(mesh.vertices.size());
-                    mesh.vertices.insert(mesh.vertices.end(), t.begin(), t.end());
-                    mesh.triangles.push_back({first, first + 1, first + 2});
-                }
-    return mesh;
-}
-
 TEST(SeatRules, TubeAndCapGetNoSeatOnTheirInnerFacesUnderMaxSeatDepth)
 {
     const std::vector<std::vector<Eigen::Vector2f>> shapes = {
@@ -49,9 +23,9 @@ TEST(SeatRules, TubeAndCapGetNoSeatOnTheirInnerFacesUnderMaxSeatDepth)
     for (const auto& profile : shapes)
         for (const bool ruled : {false, true})
         {
-            CommandOptions options;
+            CommandOptions options;  // profiles in millimetres
             options.maxSeatDepth = ruled ? std::optional(5.0) : std::nullopt;
-            test::MeshSurface mesh(Revolve(profile), 5u);
+            test::MeshSurface mesh(test::Revolve(profile), 5u);
             std::unique_ptr<SeatRules> rules;
             ApplyRules(mesh, options, rules);
             int inner = 0, outer = 0;

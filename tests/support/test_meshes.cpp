@@ -41,32 +41,38 @@ TestMesh MakeTetrahedron(float edge)
             {{0, 2, 1}, {0, 1, 3}, {0, 3, 2}, {1, 2, 3}}};
 }
 
-TestMesh MakeSphere(float radius, int rings, int segments)
+TestMesh Revolve(const std::vector<Eigen::Vector2f>& profile, int steps)
 {
     TestMesh mesh;
-    mesh.vertices.emplace_back(0.0f, 0.0f, radius);
-    for (int ring = 1; ring < rings; ++ring)
-        for (int segment = 0; segment < segments; ++segment)
-        {
-            const double polar = 3.141592653589793 * ring / rings, azimuth = 6.283185307179586 * segment / segments;
-            mesh.vertices.push_back(radius * Eigen::Vector3d(std::sin(polar) * std::cos(azimuth),
-                                                             std::sin(polar) * std::sin(azimuth), std::cos(polar))
-                                                 .cast<float>());
-        }
-    mesh.vertices.emplace_back(0.0f, 0.0f, -radius);
-    const int south = static_cast<int>(mesh.vertices.size()) - 1;
-    const auto at = [segments](int ring, int segment) { return 1 + (ring - 1) * segments + segment % segments; };
-    for (int segment = 0; segment < segments; ++segment)
+    const auto at = [&](size_t k, int step)
     {
-        mesh.triangles.push_back({0, at(1, segment), at(1, segment + 1)});
-        for (int ring = 1; ring + 1 < rings; ++ring)
-        {
-            mesh.triangles.push_back({at(ring, segment), at(ring + 1, segment), at(ring + 1, segment + 1)});
-            mesh.triangles.push_back({at(ring, segment), at(ring + 1, segment + 1), at(ring, segment + 1)});
-        }
-        mesh.triangles.push_back({south, at(rings - 1, segment + 1), at(rings - 1, segment)});
-    }
+        const float angle = 6.2831853f * static_cast<float>(step % steps) / static_cast<float>(steps);
+        const Eigen::Vector2f& p = profile[k % profile.size()];
+        return Eigen::Vector3f(p.x() * std::cos(angle), p.x() * std::sin(angle), p.y());
+    };
+    for (size_t k = 0; k < profile.size(); ++k)
+        for (int s = 0; s < steps; ++s)
+            for (const std::array<Eigen::Vector3f, 3>& t : {std::array{at(k, s), at(k + 1, s), at(k + 1, s + 1)},
+                                                           std::array{at(k, s), at(k + 1, s + 1), at(k, s + 1)}})
+                if (t[0] != t[1] && t[1] != t[2] && t[2] != t[0])
+                {
+                    const int first = static_cast<int>(mesh.vertices.size());
+                    mesh.vertices.insert(mesh.vertices.end(), t.begin(), t.end());
+                    mesh.triangles.push_back({first, first + 1, first + 2});
+                }
     return mesh;
+}
+
+TestMesh MakeSphere(float radius, int rings, int segments)
+{
+    std::vector<Eigen::Vector2f> profile;
+    for (int ring = 0; ring <= rings; ++ring)
+    {
+        const double polar = 3.141592653589793 * ring / rings;
+        profile.emplace_back(ring % rings == 0 ? 0.0f : radius * static_cast<float>(std::sin(polar)),
+                             radius * static_cast<float>(std::cos(polar)));
+    }
+    return Revolve(profile, segments);
 }
 
 TestMesh Combine(const TestMesh& first, const TestMesh& second)

@@ -25,7 +25,10 @@ TestMesh MakeBox(const Eigen::Vector3f& size, const Eigen::Vector3f& centre = Ei
 TestMesh MakePlate(float width, float thickness);
 // Tetrahedron with corners at the origin and at `edge` along each axis.
 TestMesh MakeTetrahedron(float edge);
-// Latitude-longitude sphere about the origin: rings by segments facets, poles as fans.
+// A closed solid of revolution about +Z: the profile (r, z), clockwise so that the winding
+// faces outwards, swept round in `steps`; facets on the axis are left out.
+TestMesh Revolve(const std::vector<Eigen::Vector2f>& profile, int steps = 48);
+// A sphere about the origin: its profile `rings` steps from pole to pole, swept in `segments`.
 TestMesh MakeSphere(float radius, int rings, int segments);
 // Both meshes in one, `second` behind `first`.
 TestMesh Combine(const TestMesh& first, const TestMesh& second);
