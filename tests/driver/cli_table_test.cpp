@@ -77,9 +77,7 @@ void RunCase(const Json::Value& c, const Json::Value& texts)
     const std::string where = dir.File(c["cwd"].asString());
     test::CliResult result;
     if (c["binary"].asBool())
-    {
         result = test::RunKelvorig(arguments, where);
-    }
     else
     {
         const std::string before = std::filesystem::current_path();

@@ -11,25 +11,20 @@
 namespace kelvorig {
 namespace {
 
-int CallingThreadNice()
-{
-    return getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()));
-}
-
 TEST(LowerThreadPriority, RaisesOnlyTheCallingThreadsNiceValue)
 {
-    const int mainBefore = CallingThreadNice();
-    int before = 0;
-    int after = 0;
+    const auto callingThreadNice = [] { return getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())); };
+    const int mainBefore = callingThreadNice();
+    int before = 0, after = 0;
     // A thread of its own, so that the test runner keeps its priority.
     std::thread worker([&] {
-        before = CallingThreadNice();
+        before = callingThreadNice();
         LowerThreadPriority();
-        after = CallingThreadNice();
+        after = callingThreadNice();
     });
     worker.join();
     EXPECT_EQ(after, std::min(before + 5, 19));
-    EXPECT_EQ(CallingThreadNice(), mainBefore);
+    EXPECT_EQ(callingThreadNice(), mainBefore);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "report/colour_scale.h"
 #include "report/coverage_map.h"
 
+#include "config/model_file.h"
 #include "quality/orientation_sampling.h"
 #include "quality/reference_pose_error.h"
 #include "support/angles.h"
@@ -16,7 +17,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <set>
@@ -101,8 +101,7 @@ TEST(VisualOutputs, SummaryAndMapAgreeWithAnIndependentComputation)
     const std::vector<std::string> run = {"/model", dir.File("ring.json"), "/angleresolutiondegrees", "15",
                                           "/distancebasemeters", "1.5", "/maxincidenceangle", "70"};
     std::vector<std::string> withOutputs = run;
-    for (const char* s : {"/outsummary", "s.json", "/outpng", "m.png"})
-        withOutputs.push_back(std::strchr(s, '/') == s ? s : dir.File(s));
+    withOutputs.insert(withOutputs.end(), {"/outsummary", dir.File("s.json"), "/outpng", dir.File("m.png")});
     const test::CliResult plain = test::RunKelvorig(run);
     const test::CliResult result = test::RunKelvorig(withOutputs);
     ASSERT_EQ(result.status, 0) << result.err;
@@ -172,29 +171,63 @@ TEST(VisualOutputs, SummaryAndMapAgreeWithAnIndependentComputation)
     ExpectColour(PixelAt(map.get(), count[0], count[1]), CountColour(wellCoveredCount, maxCount), "count");
 }
 
-// A short generate run on the test box, its result analysed again with the same orientations.
-TEST(VisualOutputs, ScoreIsTheGenerateRunsAndTheReportOpensInABrowser)
+TEST(OrientationSpacing, TightensTheIncidenceLimitByRadiansTakenFromDegrees)
+{
+    EXPECT_NEAR(60.0 - 0.5 * OrientationSpacing(1250), 59.946, 0.0005);
+    EXPECT_TRUE(std::isnan(OrientationSpacing(3)));
+}
+
+// A short generate run on the test box after two immutable sensors, which lead the result under
+// new ids. Both files carry the score of the written layout as the anneal scores it (its
+// analysis with the same orientations), the drawing holds the JSON in a comment, the files do
+// not depend on which others are asked for, a run without a seed notes none, and no other file
+// is left behind.
+TEST(VisualOutputs, GenerateWritesTheScoreOfItsLayoutAndAReportThatOpensInABrowser)
 {
     test::TempDir dir;
     test::WriteBinaryStl(dir.File("box.stl"), test::MakeBox(Eigen::Vector3f(0.1f, 0.1f, 0.1f)));
+    test::WriteFile(dir.File("immutable.json"), R"({"channelMap": [4, 9], "modelPoints": [[0, 0, 0.05],
+        [0.05, 0.01, -0.02]], "modelNormals": [[0, 0, 1], [1, 0, 0]]})");
     const std::vector<std::string> common = {"/sensors", dir.File("box.stl"), "/norientations", "40",
                                              "/angleresolutiondegrees", "10"};
-    std::vector<std::string> generate = {"/generate", "/nsensors", "6", "/niterations", "1", "/coolingrate", "0.5",
-                                         "/seed", "3", "/outmodel", dir.File("g.json"), "/outsummary",
-                                         dir.File("gs.json"), "/outhtml", dir.File("g.html"), "/outpng",
-                                         dir.File("g.svg")};
-    generate.insert(generate.end(), common.begin(), common.end());
+    const auto generate = [&](std::vector<std::string> more)
+    {
+        more.insert(more.end(), {"/generate", "/nsensors", "6", "/niterations", "1", "/coolingrate", "0.5", "/model",
+                                 dir.File("immutable.json")});
+        more.insert(more.end(), common.begin(), common.end());
+        return test::RunKelvorig(more);
+    };
+    ASSERT_EQ(generate({"/outscad", dir.File("drawing.scad")}).status, 0);  // no seed, so no note of one
+    ASSERT_EQ(generate({"/seed", "3", "/outmodel", dir.File("model.json")}).status, 0);
+    const test::CliResult generated =
+        generate({"/seed", "3", "/outmodel", dir.File("g.json"), "/outscad", dir.File("g.scad"), "/outsummary",
+                  dir.File("gs.json"), "/outhtml", dir.File("g.html"), "/outpng", dir.File("g.svg")});
+    ASSERT_EQ(generated.status, 0) << generated.err;
+    EXPECT_TRUE(generated.err.starts_with("anneal duration: 68.8821\n")) << "no warning expected: " << generated.err;
+    EXPECT_FALSE(generated.out.empty());
     std::vector<std::string> analyse = {"/model", dir.File("g.json"), "/outsummary", dir.File("as.json")};
     analyse.insert(analyse.end(), common.begin(), common.end());
-    ASSERT_EQ(test::RunKelvorig(generate).status, 0);
     ASSERT_EQ(test::RunKelvorig(analyse).status, 0);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 10);
 
-    const std::string scoreLine = test::ReadFile(dir.File("g.json")).substr(0, 60);
+    const std::string file = test::ReadFile(dir.File("g.json")), scad = test::ReadFile(dir.File("g.scad"));
+    EXPECT_EQ(test::ReadFile(dir.File("model.json")), file);
+    const std::vector<std::string> drawing = test::Lines(test::ReadFile(dir.File("drawing.scad")));
+    EXPECT_TRUE(drawing.at(0).starts_with("/* Final Quality Score: ") && drawing.at(1) == "/*") << drawing.at(1);
     const double score = ReadJson(dir.File("as.json"))["score"]["value"].asDouble();
     EXPECT_EQ(ReadJson(dir.File("gs.json"))["score"]["value"].asDouble(), score);
-    char expected[64];
-    std::snprintf(expected, sizeof expected, "// Final Quality Score: %g / 1000 ", score);
-    EXPECT_EQ(scoreLine.rfind(expected, 0), 0u) << scoreLine;
+    char head[80];
+    std::snprintf(head, sizeof head, "Final Quality Score: %g / 1000 (lower is better)", score);
+    const std::string json = file.substr(file.find('{'));
+    EXPECT_EQ(file, "// " + std::string(head) + "\n// Seed: 3\n" + json);
+    EXPECT_TRUE(scad.starts_with("/* " + std::string(head) + " */\n/* Seed: 3 */\n/*\n" +
+                                 json.substr(0, json.size() - 1) + "*/\n\n"));
+    TrackedObjectModel model;
+    ASSERT_TRUE(ReadModel(dir.File("g.json"), model));
+    EXPECT_EQ(model.channelMap, (std::vector<int32_t>{0, 1, 2, 3, 4, 5}));
+    EXPECT_EQ(std::tie(model.modelPoints[0], model.modelPoints[1], model.modelNormals[1]),
+              std::make_tuple(Eigen::Vector3f(0.0f, 0.0f, 0.05f), Eigen::Vector3f(0.05f, 0.01f, -0.02f),
+                              Eigen::Vector3f(1.0f, 0.0f, 0.0f)));
     EXPECT_NE(test::ReadFile(dir.File("g.svg")).find("<svg"), std::string::npos);
 
     if (!std::filesystem::exists("/usr/bin/chromium"))
