@@ -144,5 +144,18 @@ TEST(StlReaderTest, FaultsAreReportedByPlace)
     }
 }
 
+// The fuzz targets read bytes in memory: that path must be the one a file takes.
+TEST(StlReaderTest, BytesInMemoryReadAsTheFileDoes)
+{
+    for (const std::string& bytes : {BinaryStl(test::MakeTetrahedron(0.1f)), TextStl(MakeBox({1, 2, 3}))})
+    {
+        const ReadResult file = ReadContents(bytes);
+        ReadResult memory;
+        memory.ok = ReadStlBytes("mesh", bytes, memory.vertices, memory.facets, memory.normals);
+        EXPECT_TRUE(file.ok && memory.ok && file.vertices == memory.vertices && file.facets == memory.facets &&
+                    file.normals == memory.normals);
+    }
+}
+
 } // namespace
 } // namespace kelvorig

@@ -106,5 +106,14 @@ TEST(SensorPlacementAnnealer, UndoRestoresTheMovedSensorExactlyAndImmutablesNeve
     EXPECT_GT(changed, 25);
 }
 
+// Absurd counts multiply without overflow.
+TEST(SensorPlacementAnnealer, MovesPerTemperatureAreCountedIn64Bits)
+{
+    test::MeshSurface box;
+    PlacementLayout layout(8);
+    const SensorPlacementAnnealer annealer(layout, box.surface(), 2'000'000'000, 20, 0.5, -1.0, -1.0, 1u);
+    EXPECT_EQ(annealer.movesPerTemperature(), 16'000'000'000);
+}
+
 } // namespace
 } // namespace kelvorig

@@ -1,5 +1,6 @@
 #include "quality/incremental_evaluator.h"
 
+#include "quality/reference_pose_error.h"
 #include "support/mesh_surface.h"
 #include "support/worker_pool.h"
 
@@ -26,17 +27,10 @@ struct Case
 void CompareMoves(const Case& c, int (&met)[3])
 {
     test::MeshSurface mesh(test::MakeOccludedCube());
-    TrackedObjectModel model;
-    model.valid = true;
-    for (int i = 0; i < c.sensors; ++i)
-    {
-        Eigen::Vector3f position, normal;
-        mesh.surface().SampleSeat(position, normal);
-        model.channelMap.push_back(i);
-        model.modelPoints.push_back(position);
-        model.modelNormals.push_back(normal);
-    }
-    SensorLayout layout(model, kIdentityTransform);
+    std::vector<Eigen::Vector3f> points(static_cast<size_t>(c.sensors)), normals(points.size());
+    for (size_t i = 0; i < points.size(); ++i)
+        mesh.surface().SampleSeat(points[i], normals[i]);
+    SensorLayout layout = test::MakeLayout(points, normals);
     layout.cosMaxIncidence = 0.5;
     QualityEvaluator reference;
     reference.SetModel(layout);

@@ -1,5 +1,6 @@
 #include "quality/quality_evaluator.h"
 
+#include "quality/orientation_sampling.h"
 #include "quality/reference_pose_error.h"
 
 #include <gtest/gtest.h>
@@ -83,6 +84,12 @@ TEST(QualityEvaluator, TermsMatchIndependentPoseError)
     }
     EXPECT_GT(scored, 15);
     EXPECT_EQ(evaluator.EvaluateQuality(), evaluator.scoreScale() * sum);
+}
+
+TEST(OrientationSpacing, TightensTheIncidenceLimitByRadiansTakenFromDegrees)
+{
+    EXPECT_NEAR(60.0 - 0.5 * OrientationSpacing(1250), 59.946, 0.0005);
+    EXPECT_TRUE(std::isnan(OrientationSpacing(3)));
 }
 
 // note: pins the score's arithmetic, and so the sampled orientations and the squashing curve

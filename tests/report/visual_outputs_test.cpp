@@ -171,12 +171,6 @@ TEST(VisualOutputs, SummaryAndMapAgreeWithAnIndependentComputation)
     ExpectColour(PixelAt(map.get(), count[0], count[1]), CountColour(wellCoveredCount, maxCount), "count");
 }
 
-TEST(OrientationSpacing, TightensTheIncidenceLimitByRadiansTakenFromDegrees)
-{
-    EXPECT_NEAR(60.0 - 0.5 * OrientationSpacing(1250), 59.946, 0.0005);
-    EXPECT_TRUE(std::isnan(OrientationSpacing(3)));
-}
-
 // A short generate run on the test box after two immutable sensors, which lead the result under
 // new ids. Both files carry the score of the written layout as the anneal scores it (its
 // analysis with the same orientations), the drawing holds the JSON in a comment, the files do
