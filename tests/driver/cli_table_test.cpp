@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 #include <json/reader.h>
 
-#include <cstring>
 #include <filesystem>
 
 #include <unistd.h>
@@ -52,11 +51,8 @@ std::string Contents(const Json::Value& source, const Json::Value& texts)
     if (source["stl"].asString() == "text")
         return test::TextStl(mesh);
     std::string bytes = test::BinaryStl(mesh);
-    for (const Json::Value& p : source["patch"])  // facet, float of it (0-2 normal, 3-11 corners), value
-    {
-        const float value = p[2].asFloat();
-        std::memcpy(&bytes[84 + 50 * p[0].asUInt() + 4 * p[1].asUInt()], &value, 4);
-    }
+    for (const Json::Value& p : source["patch"])
+        test::PatchStlFloat(bytes, p[0].asUInt(), p[1].asUInt(), p[2].asFloat());
     return bytes;
 }
 

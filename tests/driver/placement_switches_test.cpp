@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <set>
 
 namespace kelvorig {
@@ -26,8 +25,9 @@ TEST(PlacementSwitches, KeepOutEmptiesItsRegion)
     // Stored normals flipped and zero (facet, float of it, value): /normalsfromwinding reads the
     // winding instead, silently.
     std::string box = test::BinaryStl(MakeBox(Eigen::Vector3f(60, 60, 20)));
-    for (const auto& [facet, slot, value] : {std::array<float, 3>{0, 2, -1}, {5, 0, 0}, {5, 1, 0}, {5, 2, 0}})
-        std::memcpy(&box[84 + 50 * static_cast<size_t>(facet) + 4 * static_cast<size_t>(slot)], &value, 4);
+    test::PatchStlFloat(box, 0, 2, -1.0f);
+    for (size_t slot = 0; slot < 3; ++slot)
+        test::PatchStlFloat(box, 5, slot, 0.0f);
     test::WriteFile(dir.File("box.stl"), box);
     test::WriteBinaryStl(dir.File("ko.stl"), MakeBox(Eigen::Vector3f(40, 70, 40), Eigen::Vector3f(20, 0, 0)));
     const test::CliResult result = RunKelvorig({"/verifycoverage", "400", "/outscad", "o.scad", "/sensors", "box.stl",

@@ -6,6 +6,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <sstream>
 
 namespace kelvorig::test {
@@ -126,6 +127,11 @@ std::string TextStl(const TestMesh& mesh, const std::string& name)
     }
     text << "endsolid " << name << "\n";
     return text.str();
+}
+
+void PatchStlFloat(std::string& bytes, size_t facet, size_t slot, float value)
+{
+    std::memcpy(&bytes.at(84 + 50 * facet + 4 * slot), &value, sizeof value);
 }
 
 void WriteBinaryStl(const std::string& path, const TestMesh& mesh)

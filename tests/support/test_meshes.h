@@ -45,5 +45,7 @@ inline const Eigen::Vector3f kUnderTheSlabNormal(1.0f, 0.0f, 0.0f);
 std::string BinaryStl(const TestMesh& mesh);
 std::string TextStl(const TestMesh& mesh, const std::string& name = "test");
 void WriteBinaryStl(const std::string& path, const TestMesh& mesh);
+// Overwrites one float of binary STL bytes: facet, place in it (0-2 normal, 3-11 corners), value.
+void PatchStlFloat(std::string& bytes, size_t facet, size_t slot, float value);
 
 } // namespace kelvorig::test
