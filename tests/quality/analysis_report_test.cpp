@@ -187,18 +187,11 @@ struct ReportSetup
 std::vector<std::string> RunReport(const ReportSetup& setup, int32_t threads)
 {
     test::MeshSurface mesh(test::MakeOccludedCube(), 7);
-    TrackedObjectModel model;
-    model.valid = true;
-    for (int i = 0; i < 10; ++i)
-    {
-        Eigen::Vector3f position = test::kUnderTheSlab, normal = test::kUnderTheSlabNormal;
+    std::vector<Eigen::Vector3f> points(10, test::kUnderTheSlab), normals(10, test::kUnderTheSlabNormal);
+    for (size_t i = 0; i < 10; ++i)
         if (i != 4)
-            mesh.surface().SampleSeat(position, normal);
-        model.channelMap.push_back(i == 4 ? 17 : i);
-        model.modelPoints.push_back(position);
-        model.modelNormals.push_back(normal);
-    }
-    SensorLayout layout(model, kIdentityTransform);
+            mesh.surface().SampleSeat(points[i], normals[i]);
+    SensorLayout layout = test::MakeLayout(points, normals, {0, 1, 2, 3, 17, 5, 6, 7, 8, 9});
     layout.cosMaxIncidence = 0.5;
     QualityEvaluator evaluator;
     evaluator.SetSurface(setup.occlusion ? &mesh.surface() : nullptr);

@@ -106,13 +106,14 @@ Eigen::Matrix3d RotationOntoZ(const Eigen::Vector3d& direction)
     return Eigen::Quaterniond::FromTwoVectors(direction, Eigen::Vector3d::UnitZ()).toRotationMatrix();
 }
 
-SensorLayout MakeLayout(const std::vector<Eigen::Vector3f>& points, const std::vector<Eigen::Vector3f>& normals)
+SensorLayout MakeLayout(const std::vector<Eigen::Vector3f>& points, const std::vector<Eigen::Vector3f>& normals,
+                        const std::vector<int32_t>& ids)
 {
     TrackedObjectModel model;
     model.valid = true;
     for (size_t i = 0; i < points.size(); ++i)
     {
-        model.channelMap.push_back(static_cast<int32_t>(i));
+        model.channelMap.push_back(ids.empty() ? static_cast<int32_t>(i) : ids[i]);
         model.modelPoints.push_back(points[i]);
         model.modelNormals.push_back(normals[i].normalized());
     }

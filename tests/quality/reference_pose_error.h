@@ -51,7 +51,8 @@ ReferenceView ReferenceViewOf(const SensorLayout& layout, const Eigen::Matrix3d&
 Eigen::Vector3d GridDirection(double yaw, double pitch);
 Eigen::Matrix3d RotationOntoZ(const Eigen::Vector3d& direction);
 
-// A layout of sensors with ids 0..n-1.
-SensorLayout MakeLayout(const std::vector<Eigen::Vector3f>& points, const std::vector<Eigen::Vector3f>& normals);
+// A layout of sensors with these ids, 0..n-1 when none are given.
+SensorLayout MakeLayout(const std::vector<Eigen::Vector3f>& points, const std::vector<Eigen::Vector3f>& normals,
+                        const std::vector<int32_t>& ids = {});
 
 } // namespace kelvorig::test
