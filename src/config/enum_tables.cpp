@@ -1,6 +1,6 @@
 #include "config/enum_tables.h"
 
-#include <strings.h>
+#include "support/text_case.h"
 
 namespace kelvorig {
 namespace {
@@ -91,7 +91,7 @@ int EnumIndexOfName(const char* name, const char* const* names, int count)
 {
     for (int i = 0; i < count; ++i)
     {
-        if (names[i] != nullptr && strcasecmp(name, names[i]) == 0)
+        if (names[i] != nullptr && EqualsIgnoringCase(name, names[i]))
             return i;
     }
     return -1;

@@ -1,6 +1,5 @@
 #include "driver/analysis_run.h"
 
-#include "driver/run_limits.h"
 #include "driver/visual_outputs.h"
 #include "quality/pose_solvability.h"
 #include "support/angles.h"
@@ -46,27 +45,6 @@ bool CanAnalyse(const SensorLayout& layout)
 
 } // namespace
 
-bool CheckAnalysisStep(const CommandOptions& options)
-{
-    // note: a step that is not a number passes: the grid then has one row, and ends.
-    if (options.angleResolutionDegrees <= 0.0)
-    {
-        std::fprintf(stderr, "/angleresolutiondegrees must be greater than 0, not %g\n",
-                     options.angleResolutionDegrees);
-        return false;
-    }
-    // The grid's angles advance by repeated addition from -pi/2 and -pi: a step too small to
-    // change them would never end either.
-    const double step = DegreesToRadians(options.angleResolutionDegrees);
-    if (-0.5 * kPi + step == -0.5 * kPi || -kPi + step == -kPi)
-    {
-        std::fprintf(stderr, "/angleresolutiondegrees %g is too small to step through the grid\n",
-                     options.angleResolutionDegrees);
-        return false;
-    }
-    return CheckAnalysisGridSize(options.angleResolutionDegrees) && CheckVisualOutputs(options);
-}
-
 int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,
                 QualityEvaluator& evaluator)
 {
@@ -77,7 +55,7 @@ int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const Track
 int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,
                 QualityEvaluator& evaluator, WorkerPool& workers)
 {
-    if (!CheckAnalysisStep(options) || !CanAnalyse(layout))
+    if (!CanAnalyse(layout))
         return 1;
 
     const double step = DegreesToRadians(options.angleResolutionDegrees);

@@ -9,12 +9,6 @@ namespace kelvorig {
 
 class WorkerPool;
 
-// False, with the message printed, when /angleresolutiondegrees is 0 or below, or too small
-// to advance the grid's angles (the report would never end), or so small that the grid would
-// outgrow the limit of run_limits.h; and when the summary, map or HTML report asked for cannot
-// be made (see CheckVisualOutputs).
-bool CheckAnalysisStep(const CommandOptions& options);
-
 // Prints the coverage (or, with /basestationsensitivity, the sensitivity) report of a
 // layout on standard output. `surface` may be null. Returns the exit status.
 int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelvorig {
@@ -52,6 +53,9 @@ struct CommandOptions
     std::string outSummaryPath;   // JSON summary of the analysis
     std::string outPngPath;       // map of the analysis grid, PNG or SVG by the name's ending
     std::string outHtmlPath;      // self-contained interactive report
+    // Each numeric switch read, with its value as typed ("5 2" for /qualityrange), in order: the
+    // checks refuse what the leading-number reading let through.
+    std::vector<std::pair<std::string, std::string>> givenNumbers;
 };
 
 } // namespace kelvorig

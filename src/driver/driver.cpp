@@ -3,10 +3,10 @@
 #include "config/model_file.h"
 #include "driver/analysis_run.h"
 #include "driver/command_line.h"
+#include "driver/option_checks.h"
 #include "driver/coverage_run.h"
 #include "driver/generate_run.h"
 #include "driver/model_drawing_run.h"
-#include "driver/run_limits.h"
 #include "driver/placement_switches.h"
 #include "driver/tool_run.h"
 #include "geometry/tracked_surface.h"
@@ -80,13 +80,18 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
         WarnOfPointsOffSurface(*layout, *surface);
 
     // The checks guarantee what each run needs: a surface for coverage and generate, a
-    // layout for the analysis.
-    if (layout && !options.generate && !options.outScadPath.empty())
+    // layout for the drawing and the analysis.
+    switch (ModeOf(options))
+    {
+    case RunMode::kModelDrawing:
         return RunModelDrawing(options, surface.get());
-    if (options.verifyCoverage != 0)
+    case RunMode::kCoverage:
         return RunCoverage(options, *surface);
-    if (options.generate)
+    case RunMode::kGenerate:
         return RunGenerate(options, layout.get(), *surface, evaluator);
+    case RunMode::kAnalysis:
+        break;
+    }
     return RunAnalysis(options, *layout, surface.get(), evaluator);
 }
 
@@ -102,7 +107,7 @@ int RunCommandLine(const std::vector<std::string>& arguments)
         const bool argumentError = !ReadCommandLine(arguments, options);
         if (options.tool != CommandOptions::Tool::kNone)
             return RunTool(options, std::cout);
-        if (!CheckCommandLine(options, argumentError) || !CheckRunLimits(options) || !CheckPlacementSwitches(options))
+        if (!CheckOptions(options, argumentError))
             return 1;
         return LoadAndRun(options, evaluator);
     }

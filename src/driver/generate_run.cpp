@@ -122,9 +122,6 @@ std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const 
 int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSensors, TrackedSurface& surface,
                 QualityEvaluator& evaluator)
 {
-    // The report that ends the run would refuse this step; refuse it before the anneal.
-    if (!CheckAnalysisStep(options))
-        return 1;
     const std::atomic<bool>& stopRequest = CatchInterrupts();
     LowerThreadPriority();
     // Started after the priority drop, so that the workers run at the lowered priority too.

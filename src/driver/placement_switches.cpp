@@ -9,14 +9,6 @@
 namespace kelvorig {
 namespace {
 
-bool CheckLength(const char* name, const std::optional<double>& millimetres, const char* what)
-{
-    if (!millimetres || *millimetres >= 0.0)
-        return true;  // note: a value that is not a number fails the comparison and is refused
-    std::fprintf(stderr, "%s %g: the %s must be 0 mm or more\n", name, *millimetres, what);
-    return false;
-}
-
 // Every vertex of the sensor surface and the obstacles, metres: what the hull is made of.
 bool DevicePoints(const TrackedSurface& surface, std::vector<Eigen::Vector3d>& points)
 {
@@ -58,19 +50,6 @@ bool LoadKeepOut(const std::string& path, double unitScale, SeatRules& rules)
 }
 
 } // namespace
-
-bool CheckPlacementSwitches(const CommandOptions& options)
-{
-    if (!CheckLength("/maxseatdepth", options.maxSeatDepth, "depth") ||
-        !CheckLength("/minsensorspacing", options.minSensorSpacing, "spacing"))
-        return false;
-    if (!options.meshUnit.empty() && !UnitScaleNamed(options.meshUnit))
-    {
-        std::fprintf(stderr, "/meshunit %s: the unit must be mm, cm, m or in\n", options.meshUnit.c_str());
-        return false;
-    }
-    return true;
-}
 
 SurfaceLoading SurfaceLoadingOf(const CommandOptions& options)
 {

@@ -9,10 +9,6 @@
 
 namespace kelvorig {
 
-// Refuses values of /maxseatdepth, /minsensorspacing and /meshunit that mean nothing: false,
-// with the reason on standard error.
-bool CheckPlacementSwitches(const CommandOptions& options);
-
 // How the sensor surface is read: /normalsfromwinding and /meshunit (checked before).
 SurfaceLoading SurfaceLoadingOf(const CommandOptions& options);
 

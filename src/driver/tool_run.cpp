@@ -2,7 +2,7 @@
 
 #include "config/format_conversion.h"
 #include "config/trackref_tool.h"
-#include "driver/command_line.h"
+#include "driver/switch_table.h"
 
 #include <cstdio>
 

@@ -6,11 +6,11 @@
 #include "report/coverage_map.h"
 #include "report/coverage_summary.h"
 #include "report/html_report.h"
+#include "support/text_case.h"
 
 #include <json/writer.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -18,18 +18,6 @@
 
 namespace kelvorig {
 namespace {
-
-bool EndsWithIgnoringCase(const std::string& text, const std::string& ending)
-{
-    if (text.size() < ending.size())
-        return false;
-    return std::equal(ending.begin(), ending.end(), text.end() - static_cast<std::ptrdiff_t>(ending.size()),
-                      [](char a, char b)
-                      {
-                          return std::tolower(static_cast<unsigned char>(a)) ==
-                                 std::tolower(static_cast<unsigned char>(b));
-                      });
-}
 
 // The layout's file: the one analysed, or the one a generate run wrote.
 std::string LayoutPath(const CommandOptions& options)
@@ -70,23 +58,6 @@ SummaryInputs InputsOf(const CommandOptions& options, const TrackedSurface* surf
 bool WantsVisualOutputs(const CommandOptions& options)
 {
     return !options.outSummaryPath.empty() || !options.outPngPath.empty() || !options.outHtmlPath.empty();
-}
-
-bool CheckVisualOutputs(const CommandOptions& options)
-{
-    if (WantsVisualOutputs(options) && options.baseStationSensitivity)
-    {
-        std::fputs("/outsummary, /outpng and /outhtml read the coverage report, not /basestationsensitivity\n",
-                   stderr);
-        return false;
-    }
-    if (!options.outPngPath.empty() && !EndsWithIgnoringCase(options.outPngPath, ".png") &&
-        !EndsWithIgnoringCase(options.outPngPath, ".svg"))
-    {
-        std::fprintf(stderr, "/outpng %s: the name must end in .png or .svg\n", options.outPngPath.c_str());
-        return false;
-    }
-    return true;
 }
 
 bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layout, const TrackedSurface* surface,

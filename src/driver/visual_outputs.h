@@ -13,10 +13,6 @@ class TrackedSurface;
 // True when /outsummary, /outpng or /outhtml asks for a file.
 bool WantsVisualOutputs(const CommandOptions& options);
 
-// False, with the message printed, when the files asked for cannot be made: they read the
-// coverage report, not the sensitivity report, and the map is PNG or SVG by its name.
-bool CheckVisualOutputs(const CommandOptions& options);
-
 // After the coverage report: writes the summary, the map and the HTML report that were asked
 // for from the report's `directions`, and with a summary prints its numbers on standard
 // error. False when a file could not be written (said on standard error).

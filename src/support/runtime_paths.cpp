@@ -1,8 +1,8 @@
 #include "support/runtime_paths.h"
 
+#include "support/text_case.h"
 #include "support/text_file.h"
 
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -82,7 +82,7 @@ std::string FindAncestorNamed(const std::string& start, const std::string& name)
 {
     for (std::string path = FixSlashes(start); !path.empty() && PathExists(path); path = ParentOf(path))
     {
-        if (strcasecmp(LastComponent(path).c_str(), name.c_str()) == 0)
+        if (EqualsIgnoringCase(LastComponent(path), name))
             return path;
     }
     return std::string();
