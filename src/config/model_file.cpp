@@ -7,7 +7,6 @@
 #include <json/reader.h>
 #include <json/value.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
@@ -17,7 +16,7 @@ namespace {
 constexpr const char* kSectionKey = "pharoscope_config";
 constexpr const char* kQuotedSectionKey = "\"pharoscope_config\"";
 
-bool ReadStandaloneSection(const std::string& name, const std::string& text, TrackedObjectModel& model)
+Status ReadStandaloneSection(const std::string& name, const std::string& text, TrackedObjectModel& model)
 {
     Json::Value section;
     Json::Reader reader;
@@ -32,10 +31,7 @@ bool ReadStandaloneSection(const std::string& name, const std::string& text, Tra
         failure = exception.what();  // the reader's own limits, such as nesting over 1000 deep
     }
     if (!failure.empty())
-    {
-        std::fprintf(stderr, "couldn't parse standalone pharoscope_config %s: %s\n", name.c_str(), failure.c_str());
-        return false;
-    }
+        return Status::Failure("couldn't parse standalone pharoscope_config " + name + ": " + failure + "\n");
 
     Json::Value wrapper;
     wrapper[kSectionKey] = section;
@@ -48,15 +44,14 @@ bool ReadStandaloneSection(const std::string& name, const std::string& text, Tra
     catch (const Json::Exception& exception)
     {
         // A member of the wrong JSON type.
-        std::fprintf(stderr, "kelvorig: error reading %s: %s\n", name.c_str(), exception.what());
-        return false;
+        return Status::Failure("kelvorig: error reading " + name + ": " + exception.what() + "\n");
     }
-    return true;
+    return {};
 }
 
 } // namespace
 
-bool ReadModel(const std::string& path, TrackedObjectModel& model)
+Status ReadModel(const std::string& path, TrackedObjectModel& model)
 {
     std::string name = path;
     std::string text;
@@ -73,19 +68,13 @@ bool ReadModel(const std::string& path, TrackedObjectModel& model)
 
     std::error_code ignored;
     if (text.empty() && std::filesystem::is_directory(name, ignored))
-    {
-        std::fprintf(stderr, "couldn't read %s: is a directory\n", name.c_str());
-        return false;
-    }
+        return Status::Failure("couldn't read " + name + ": is a directory\n");
     if (text.empty())
-    {
-        std::fprintf(stderr, "couldn't read %s: file is empty or does not exist\n", name.c_str());
-        return false;
-    }
+        return Status::Failure("couldn't read " + name + ": file is empty or does not exist\n");
     return ReadModelText(name, text, model);
 }
 
-bool ReadModelText(const std::string& name, const std::string& text, TrackedObjectModel& model)
+Status ReadModelText(const std::string& name, const std::string& text, TrackedObjectModel& model)
 {
     // The quoted key alone decides the shape, even when it stands in a comment.
     if (text.find(kQuotedSectionKey) == std::string::npos)
@@ -94,20 +83,18 @@ bool ReadModelText(const std::string& name, const std::string& text, TrackedObje
     DeviceConfig config;
     std::string error;
     if (!config.Parse(error, text))
-    {
-        std::fprintf(stderr, "couldn't read %s: %s\n", name.c_str(), error.c_str());
-        return false;
-    }
+        return Status::Failure("couldn't read " + name + ": " + error + "\n");
     model = config.pharoscope_config;
-    return true;
+    return {};
 }
 
-std::unique_ptr<SensorLayout> LoadSensorLayout(const std::string& path)
+Status LoadSensorLayout(const std::string& path, std::unique_ptr<SensorLayout>& layout)
 {
     TrackedObjectModel model;
-    if (!ReadModel(path, model))
-        return nullptr;
-    return std::make_unique<SensorLayout>(model, kIdentityTransform);
+    if (Status read = ReadModel(path, model); !read.ok())
+        return read;
+    layout = std::make_unique<SensorLayout>(model, kIdentityTransform);
+    return {};
 }
 
 } // namespace kelvorig

@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <exception>
 #include <fstream>
@@ -39,18 +38,17 @@ void PrintStyled(const Json::Value& value, std::ostream& out)
     out.flush();
 }
 
-bool Fail(const char* format, const std::string& path, const std::string& reason)
+Status Fail(const char* what, const std::string& path, const std::string& reason)
 {
-    std::fprintf(stderr, format, path.c_str(), reason.c_str());
-    return false;
+    return Status::Failure(std::string("couldn't ") + what + " " + path + ": " + reason + "\n");
 }
 
-bool PrintPoseFromText(const std::string& path, const std::string& text, std::ostream& out)
+Status PrintPoseFromText(const std::string& path, const std::string& text, std::ostream& out, std::ostream& warnings)
 {
     Json::Value root;
     Json::Reader reader;
     if (!reader.parse(text, root, true))
-        return Fail("couldn't parse %s: %s\n", path, reader.getFormattedErrorMessages());
+        return Fail("parse", path, reader.getFormattedErrorMessages());
 
     const Eigen::Vector3d position = ReadTripleDouble(root[kPositionKey]);
     Eigen::Vector3d plusZ = ReadTripleDouble(root[kPlusZKey]);
@@ -59,25 +57,15 @@ bool PrintPoseFromText(const std::string& path, const std::string& text, std::os
     NormalizeVector(plusX);
 
     if (IsZero(plusZ))
-    {
-        std::fputs("imu_plusz_in_trackref can't be 0,0,0.  Set it to a vector pointing in the IMU's +Z "
-                   "direction.\n",
-                   stderr);
-        return false;
-    }
+        return Status::Failure("imu_plusz_in_trackref can't be 0,0,0.  Set it to a vector pointing in the IMU's +Z "
+                               "direction.\n");
     if (IsZero(plusX))
-    {
-        std::fputs("imu_plusx_in_trackref can't be 0,0,0.  Set it to a vector pointing in the IMU's +X "
-                   "direction.\n",
-                   stderr);
-        return false;
-    }
+        return Status::Failure("imu_plusx_in_trackref can't be 0,0,0.  Set it to a vector pointing in the IMU's +X "
+                               "direction.\n");
     if (IsZero(position))
-        std::fputs("WARNING: imu_from_trackref is 0,0,0!  This is only correct if your IMU is at your CAD "
-                   "origin.\n",
-                   stderr);
+        warnings << "WARNING: imu_from_trackref is 0,0,0!  This is only correct if your IMU is at your CAD origin.\n";
     if (std::abs(plusZ.dot(plusX)) > kPerpendicularLimit)
-        std::fputs("WARNING: imu_plusz_in_trackref isn't perpendicular to imu_plusx_in_trackref!\n", stderr);
+        warnings << "WARNING: imu_plusz_in_trackref isn't perpendicular to imu_plusx_in_trackref!\n";
 
     // note: when the axes are refused the identity pose is reported, and the two checks
     // below say how far it is from what was asked.
@@ -87,15 +75,15 @@ bool PrintPoseFromText(const std::string& path, const std::string& text, std::os
     Eigen::Vector3d computedX, computedZ;
     AxesFromPose(nullptr, &computedX, &computedZ, pose);
     if (computedZ.dot(plusZ) < kMatchLimit)
-        std::fputs("WARNING: computed transform does not get matching +Z\n", stderr);
+        warnings << "WARNING: computed transform does not get matching +Z\n";
     if (computedX.dot(plusX) < kMatchLimit)
-        std::fputs("WARNING: computed transform does not get matching +X\n", stderr);
+        warnings << "WARNING: computed transform does not get matching +X\n";
 
     Json::Value result;
     for (Json::ArrayIndex k = 0; k < pose.size(); ++k)
         result[kResultKey][k] = pose[k];
     PrintStyled(result, out);
-    return true;
+    return {};
 }
 
 } // namespace
@@ -122,36 +110,37 @@ void TrackrefSample(std::ostream& out)
     PrintStyled(sample, out);
 }
 
-bool TrackrefFromFile(const std::string& path, std::ostream& out)
+Status TrackrefFromFile(const std::string& path, std::ostream& out, std::ostream& warnings)
 {
     // Reading a directory makes the stream throw; that is an unreadable input file too.
     try
     {
         std::ifstream in(path);
         if (!in)
-            return Fail("couldn't read %s: %s\n", path, std::strerror(errno));
+            return Fail("read", path, std::strerror(errno));
         // note: parsed from a string, not the stream: the reader keeps its own copy of a string,
         // while the text it reads from a stream is gone before the error message is formatted.
         const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-        return TrackrefFromText(path, text, out);
+        return TrackrefFromText(path, text, out, warnings);
     }
     catch (const std::exception& e)
     {
-        return Fail("couldn't read %s: %s\n", path, e.what());
+        return Fail("read", path, e.what());
     }
 }
 
-bool TrackrefFromText(const std::string& name, const std::string& text, std::ostream& out)
+Status TrackrefFromText(const std::string& name, const std::string& text, std::ostream& out,
+                        std::ostream& warnings)
 {
     // A value of the wrong JSON type, or nesting past the reader's limit, makes the library
     // throw; either is an unreadable input file.
     try
     {
-        return PrintPoseFromText(name, text, out);
+        return PrintPoseFromText(name, text, out, warnings);
     }
     catch (const std::exception& e)
     {
-        return Fail("couldn't read %s: %s\n", name, e.what());
+        return Fail("read", name, e.what());
     }
 }
 

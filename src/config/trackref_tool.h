@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/status.h"
+
 #include <ostream>
 #include <string>
 
@@ -9,10 +11,11 @@ namespace kelvorig {
 void TrackrefSample(std::ostream& out);
 
 // /trackref_from_imu with a file: writes {"trackref_from_imu": [7 numbers]} on `out`.
-// Returns false, with a message on standard error, on an unreadable file or a zero axis.
-bool TrackrefFromFile(const std::string& path, std::ostream& out);
+// Fails, saying why, on an unreadable file or a zero axis; doubts about the axes are warned of
+// on `warnings`.
+Status TrackrefFromFile(const std::string& path, std::ostream& out, std::ostream& warnings);
 
 // The same for a file's text already in memory; `name` stands for the file in messages.
-bool TrackrefFromText(const std::string& name, const std::string& text, std::ostream& out);
+Status TrackrefFromText(const std::string& name, const std::string& text, std::ostream& out, std::ostream& warnings);
 
 } // namespace kelvorig

@@ -1,5 +1,6 @@
 #include "driver/analysis_run.h"
 
+#include "driver/output_file.h"
 #include "driver/visual_outputs.h"
 #include "quality/pose_solvability.h"
 #include "support/angles.h"
@@ -70,9 +71,11 @@ int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const Track
     std::vector<DirectionQuality> directions;
     const bool visuals = WantsVisualOutputs(options);
     if (options.baseStationSensitivity)
-        evaluator.WriteSensitivityReport(workers);
+        evaluator.WriteSensitivityReport(workers, stdout, stderr);
     else
         evaluator.WriteCoverageReport(workers, stdout, stderr, visuals ? &directions : nullptr);
+    if (!ReportStandardOutput(stdout))
+        return 1;
     if (visuals && !WriteVisualOutputs(options, layout, surface, directions))
         return 1;
     return 0;

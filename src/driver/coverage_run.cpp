@@ -5,6 +5,7 @@
 #include "model/sensor_model.h"
 #include "optimiser/anneal_restarts.h"
 
+#include <cstdio>
 #include <optional>
 
 namespace kelvorig {
@@ -23,8 +24,11 @@ int RunCoverage(const CommandOptions& options, TrackedSurface& surface)
     {
         Eigen::Vector3f position;
         Eigen::Vector3f normal;
-        if (!surface.SampleSeat(position, normal, engine))
+        if (Status seat = surface.SampleSeat(position, normal, engine); !seat.ok())
+        {
+            std::fputs(seat.message().c_str(), stderr);
             return 1;
+        }
         model.modelPoints.push_back(position);
         model.modelNormals.push_back(normal);
     }

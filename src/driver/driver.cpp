@@ -11,6 +11,7 @@
 #include "driver/tool_run.h"
 #include "geometry/tracked_surface.h"
 #include "quality/quality_evaluator.h"
+#include "support/progress_stream.h"
 
 #include <Eigen/Core>
 
@@ -51,9 +52,11 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
     std::unique_ptr<SensorLayout> layout;
     if (!options.modelPath.empty())
     {
-        layout = LoadSensorLayout(options.modelPath);
-        if (!layout)
-            return 1;  // the loader has said why
+        if (Status loaded = LoadSensorLayout(options.modelPath, layout); !loaded.ok())
+        {
+            std::cerr << loaded.message();
+            return 1;
+        }
     }
 
     // note: /obstacles without /sensors is ignored without a word.
@@ -62,9 +65,11 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
     if (!options.sensorsPath.empty())
     {
         surface = std::make_unique<TrackedSurface>(options.sensorsPath, options.obstaclePaths, SurfaceLoadingOf(options));
+        std::cerr << surface->warnings();
         if (!surface->isBuilt())
         {
-            // A failure of the ray engine has been reported where it happened.
+            std::cerr << surface->buildFailure().message();
+            // The ray engine's own words are the whole story.
             if (!surface->rayEngineFailed())
                 ReportUnbuiltSurface(options);
             return 1;
@@ -101,6 +106,7 @@ int RunCommandLine(const std::vector<std::string>& arguments)
 {
     try
     {
+        SetProgressStream(&std::cerr);
         // note: made before any argument is looked at; the analysis run uses this one.
         QualityEvaluator evaluator;
         CommandOptions options;

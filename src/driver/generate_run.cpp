@@ -8,7 +8,6 @@
 #include "optimiser/anneal_restarts.h"
 #include "optimiser/placement_problem.h"
 #include "optimiser/sensor_placement_annealer.h"
-#include "quality/orientation_sampling.h"
 #include "support/worker_pool.h"
 
 #include <json/writer.h>
@@ -41,6 +40,12 @@ bool CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSe
     return true;
 }
 
+AnnealSettings AnnealSettingsOf(const CommandOptions& options)
+{
+    return {options.nOrientations, options.nIterations, options.coolingRate, options.maxIncidenceAngle,
+            options.qualityLow, options.qualityHigh};
+}
+
 namespace {
 
 // The comment lines that follow the score line in both files: the run seed, when the run has
@@ -65,25 +70,19 @@ std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const 
 {
     PlacementProblem problem(options.nSensors, surface);
     problem.model = immutableSensors;
-    problem.nOrientations = options.nOrientations;
-    problem.nIterations = options.nIterations;
-    problem.coolingRate = options.coolingRate;
-    // note: subtracts radians from degrees (59.946 for 60 at 1250 orientations), on purpose:
-    // the anneal's scores are defined with this limit.
-    problem.incidenceLimitDegrees = options.maxIncidenceAngle - 0.5 * OrientationSpacing(options.nOrientations);
-    if (options.qualityLow > 0.0 && options.qualityHigh > 0.0)
-    {
-        problem.qualityLow = options.qualityLow;
-        problem.qualityHigh = options.qualityHigh;
-    }
+    AnnealSettingsOf(options).ApplyTo(problem);
     problem.stopRequest = &stopRequest;
+    problem.progress = &std::cerr;
 
     std::optional<uint32_t> seed;
     if (options.seed)
         seed = static_cast<uint32_t>(*options.seed);
-    const std::optional<AnnealOutcome> outcome = AnnealBestOf(problem, options.restarts, seed, workers);
-    if (!outcome)
+    std::optional<AnnealOutcome> outcome{std::in_place};
+    if (Status annealed = AnnealBestOf(problem, options.restarts, seed, workers, *outcome); !annealed.ok())
+    {
+        std::cerr << annealed.message();
         return std::nullopt;
+    }
     const TrackedObjectModel& model = outcome->model;
     const std::string json = Json::StyledWriter().write(model.ModelToJson());
     const std::vector<std::string> notes = RunNotes(*outcome);

@@ -3,6 +3,7 @@
 #include "driver/command_options.h"
 #include "geometry/tracked_surface.h"
 #include "model/sensor_model.h"
+#include "optimiser/anneal_settings.h"
 #include "quality/quality_evaluator.h"
 
 namespace kelvorig {
@@ -10,6 +11,9 @@ namespace kelvorig {
 // Count checks of a generate run that keeps the sensors of a loaded /model in place: false,
 // with a message, when that layout has as many sensors as /nsensors, or more.
 bool CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors);
+
+// The anneal's settings as the command line gives them, for the run and for any layout's score.
+AnnealSettings AnnealSettingsOf(const CommandOptions& options);
 
 // /generate: anneals a layout around the immutable sensors (may be null), writes the
 // requested files, then runs the analysis on the result. Returns the exit status; a surface

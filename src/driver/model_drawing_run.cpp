@@ -4,6 +4,7 @@
 #include "config/model_file.h"
 #include "driver/output_file.h"
 
+#include <cstdio>
 #include <sstream>
 
 namespace kelvorig {
@@ -13,8 +14,11 @@ int RunModelDrawing(const CommandOptions& options, const TrackedSurface* surface
     // note: the file is read a second time, into a fresh record: the layout loaded earlier has
     // dropped the entries with negative ids, which the drawing keeps.
     TrackedObjectModel model;
-    if (!ReadModel(options.modelPath, model))
+    if (Status read = ReadModel(options.modelPath, model); !read.ok())
+    {
+        std::fputs(read.message().c_str(), stderr);
         return 1;
+    }
 
     std::ostringstream out;
     out << "/* From " << options.modelPath << "*/\n\n";

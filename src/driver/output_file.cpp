@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ostream>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -57,6 +58,22 @@ bool WriteOutputFile(const std::string& path, const std::string& text)
         return true;
     unlink(temporary.c_str());
     return Refuse(path, error);
+}
+
+bool ReportStandardOutput(std::FILE* out)
+{
+    errno = 0;
+    if (std::fflush(out) == 0 && !std::ferror(out))
+        return true;
+    return Refuse("standard output", errno != 0 ? errno : EIO);
+}
+
+bool ReportStandardOutput(std::ostream& out)
+{
+    // note: errno is not cleared here: a stream that failed earlier keeps it from its write.
+    if (out.flush())
+        return true;
+    return Refuse("standard output", errno != 0 ? errno : EIO);
 }
 
 } // namespace kelvorig

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdio>
+#include <iosfwd>
 #include <string>
 
 namespace kelvorig {
@@ -10,5 +12,11 @@ namespace kelvorig {
 // "cannot write <path>: <reason>" on standard error, removes the temporary file and
 // returns false.
 bool WriteOutputFile(const std::string& path, const std::string& text);
+
+// Flushes standard output, written through `out`; false, with "cannot write standard output:
+// <reason>" on standard error, when anything written there was lost (a full disk, a closed
+// pipe), which may show only at the flush.
+bool ReportStandardOutput(std::FILE* out);
+bool ReportStandardOutput(std::ostream& out);
 
 } // namespace kelvorig

@@ -15,8 +15,12 @@ bool DevicePoints(const TrackedSurface& surface, std::vector<Eigen::Vector3d>& p
     VertexMatrix obstacles;
     TriangleMatrix triangles;
     NormalMatrix normals;
-    if (!ReadMeshList(surface.obstaclePaths(), obstacles, triangles, normals))
+    // note: the surface was built from these same files, so they read again.
+    if (Status read = ReadMeshList(surface.obstaclePaths(), obstacles, triangles, normals); !read.ok())
+    {
+        std::fputs(read.message().c_str(), stderr);
         return false;
+    }
     obstacles *= static_cast<float>(surface.unitScale());
     const VertexMatrix& scaledObstacles = obstacles;
     for (const VertexMatrix* vertices : {&surface.vertices(), &scaledObstacles})
@@ -32,7 +36,9 @@ bool LoadKeepOut(const std::string& path, double unitScale, SeatRules& rules)
     VertexMatrix vertices;
     TriangleMatrix triangles;
     NormalMatrix normals;
-    if (!ReadMeshMatrices(path, vertices, triangles, normals) || triangles.rows() == 0 || triangles.cols() < 3)
+    Status read = ReadMeshMatrices(path, vertices, triangles, normals);
+    std::fputs(read.message().c_str(), stderr);
+    if (!read.ok() || triangles.rows() == 0 || triangles.cols() < 3)
     {
         std::fprintf(stderr, "Could not build keep-out volume from \"%s\"\n", path.c_str());
         return false;

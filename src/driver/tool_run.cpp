@@ -2,12 +2,26 @@
 
 #include "config/format_conversion.h"
 #include "config/trackref_tool.h"
+#include "driver/output_file.h"
 #include "driver/switch_table.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <iostream>
 
 namespace kelvorig {
 namespace {
+
+// The exit status of a tool: 1 with its message when it failed, or when its output could not
+// be written (a full disk, a closed pipe), which shows only at the flush.
+int ToolStatus(const Status& status, std::ostream& out)
+{
+    std::fputs(status.message().c_str(), stderr);
+    if (!status.ok())
+        return 1;
+    out.flush();
+    return ReportStandardOutput(out) ? 0 : 1;
+}
 
 // /trackref_from_imu: the one argument behind it, if any, is the IMU file, whatever it
 // looks like. Switches before it have no effect and those behind it are never seen.
@@ -16,9 +30,9 @@ int RunTrackrefTool(const std::vector<std::string>& arguments, std::ostream& out
     if (arguments.empty())
     {
         TrackrefSample(out);
-        return 0;
+        return ToolStatus({}, out);
     }
-    return TrackrefFromFile(arguments[0], out) ? 0 : 1;
+    return ToolStatus(TrackrefFromFile(arguments[0], out, std::cerr), out);
 }
 
 // /formatconvert <format> <device file>: a format other than 0 or 1 is only a warning.
@@ -38,13 +52,15 @@ int RunFormatConversion(const std::vector<std::string>& arguments, std::ostream&
         std::fputs("/formatconvert needs a device file after the format number\n", stderr);
         return 1;
     }
-    return ConvertModelFormat(arguments[1], format, out) ? 0 : 1;
+    return ToolStatus(ConvertModelFormat(arguments[1], format, out), out);
 }
 
 } // namespace
 
 int RunTool(const CommandOptions& options, std::ostream& out)
 {
+    errno = 0;  // what a failed write of the tool leaves here names the reason
+
     if (options.tool == CommandOptions::Tool::kFormatConvert)
         return RunFormatConversion(options.toolArguments, out);
     return RunTrackrefTool(options.toolArguments, out);

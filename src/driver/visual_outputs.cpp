@@ -1,5 +1,6 @@
 #include "driver/visual_outputs.h"
 
+#include "driver/generate_run.h"
 #include "driver/output_file.h"
 #include "geometry/tracked_surface.h"
 #include "optimiser/anneal_score.h"
@@ -18,6 +19,13 @@
 
 namespace kelvorig {
 namespace {
+
+// True when the map was drawn; otherwise says why.
+bool Drawn(const Status& drawing)
+{
+    std::fputs(drawing.message().c_str(), stderr);
+    return drawing.ok();
+}
 
 // The layout's file: the one analysed, or the one a generate run wrote.
 std::string LayoutPath(const CommandOptions& options)
@@ -64,8 +72,7 @@ bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layou
                         const std::vector<DirectionQuality>& directions)
 {
     const SummaryInputs inputs = InputsOf(options, surface);
-    const double score = AnnealScoreOf(layout, surface, options.nOrientations, options.maxIncidenceAngle,
-                                       options.qualityLow, options.qualityHigh);
+    const double score = AnnealScoreOf(layout, surface, AnnealSettingsOf(options));
     const CoverageSummary summary = SummariseCoverage(directions, layout, score);
 
     if (!options.outSummaryPath.empty())
@@ -80,13 +87,13 @@ bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layou
     {
         const MapFormat format = EndsWithIgnoringCase(options.outPngPath, ".svg") ? MapFormat::kSvg : MapFormat::kPng;
         std::string bytes;
-        written = DrawCoverageMap(directions, summary, inputs.layoutName, format, bytes) &&
+        written = Drawn(DrawCoverageMap(directions, summary, inputs.layoutName, format, bytes)) &&
                   WriteOutputFile(options.outPngPath, bytes) && written;
     }
     if (!options.outHtmlPath.empty())
     {
         std::string map;
-        written = DrawCoverageMap(directions, summary, inputs.layoutName, MapFormat::kPng, map) &&
+        written = Drawn(DrawCoverageMap(directions, summary, inputs.layoutName, MapFormat::kPng, map)) &&
                   WriteOutputFile(options.outHtmlPath, HtmlReport(inputs, summary, layout, directions, surface, map)) &&
                   written;
     }

@@ -1,9 +1,10 @@
 #include "geometry/embree_intersector.h"
 
+#include "support/formatted_text.h"
+
 #include <embree3/rtcore.h>
 
 #include <cmath>
-#include <cstdio>
 
 #include <sched.h>
 
@@ -46,39 +47,39 @@ const char* ErrorName(RTCError error)
 
 // A ray tracer that can't start or build leaves every occlusion and seat answer wrong, so
 // init fails rather than leaving a structure that answers "no hit".
-bool FailEmbree(const char* step, RTCError error)
+Status FailEmbree(const char* step, RTCError error)
 {
-    std::fprintf(stderr, "Error: Embree failed while %s: %s.\n", step, ErrorName(error));
-    return false;
+    return Status::Failure(Formatted("Error: Embree failed while %s: %s.\n", step, ErrorName(error)));
 }
 
-// Null, with a message, when Embree can't start or culls back faces.
-RTCDevice CreateDevice()
+// Embree as the process has it: created by the first init and never released, since its
+// workers live to the end of the process. Without a device, every init fails with `failure`.
+struct SharedEmbree
+{
+    RTCDevice device = nullptr;
+    Status failure;
+};
+
+SharedEmbree CreateDevice()
 {
     // One build worker per logical processor, started up front and pinned.
     RTCDevice device = rtcNewDevice("threads=0,set_affinity=1,start_threads=1");
     const RTCError error = rtcGetDeviceError(device);
     if (device == nullptr || error != RTC_ERROR_NONE)
-    {
-        FailEmbree("starting", error);
-        return nullptr;
-    }
+        return {nullptr, FailEmbree("starting", error)};
     if (rtcGetDeviceProperty(device, RTC_DEVICE_PROPERTY_BACKFACE_CULLING_ENABLED) != 0)
     {
-        std::fprintf(stderr, "Error: this Embree library culls back faces; kelvorig needs two-sided triangles.\n");
         rtcReleaseDevice(device);
-        return nullptr;
+        return {nullptr, Status::Failure("Error: this Embree library culls back faces; kelvorig needs two-sided "
+                                         "triangles.\n")};
     }
-    return device;
+    return {device, {}};
 }
 
-// Created by the first init of the process and never released: Embree's workers live to
-// the end of the process. Null when it could not be made; that is said once, on the first
-// init, and every init fails.
-RTCDevice SharedDevice()
+const SharedEmbree& Shared()
 {
-    static const RTCDevice device = CreateDevice();
-    return device;
+    static const SharedEmbree shared = CreateDevice();
+    return shared;
 }
 
 // Embree takes a ray only when its origin and direction lie within this bound and its
@@ -106,18 +107,15 @@ struct EmbreeIntersector::Scene
 EmbreeIntersector::EmbreeIntersector() = default;
 EmbreeIntersector::~EmbreeIntersector() = default;
 
-bool EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F, const std::string&, const std::string&,
-                             const std::string&)
+Status EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F)
 {
-    // note: the structure, builder and traverser names are Embree's defaults on this
-    // interface, which has no named choices left.
     const CallerProcessorsGuard callerProcessors;
     scene.reset();
-    const RTCDevice device = SharedDevice();
+    const RTCDevice device = Shared().device;
     if (device == nullptr)
-        return false;
+        return Shared().failure;
     if (V.size() == 0 || F.size() == 0 || V.cols() < 3 || F.cols() < 3)
-        return true;
+        return {};
 
     RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
     auto* positions = static_cast<float*>(rtcSetNewGeometryBuffer(
@@ -150,7 +148,7 @@ bool EmbreeIntersector::init(const VertexMatrix& V, const TriangleMatrix& F, con
     if (error != RTC_ERROR_NONE)
         return FailEmbree("building the ray structure", error);
     scene = std::move(built);
-    return true;
+    return {};
 }
 
 bool EmbreeIntersector::intersectRay(const Eigen::Vector3f& origin, const Eigen::Vector3f& direction, RayHit& hit,

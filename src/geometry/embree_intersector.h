@@ -1,6 +1,7 @@
 #pragma once
 
 #include "geometry/mesh_matrices.h"
+#include "support/status.h"
 
 #include <Eigen/Core>
 
@@ -33,10 +34,10 @@ public:
     // Builds, or rebuilds, the structure over V (n by 3) and the first three columns of F
     // (m by 3 or more, rows of V); primitive ids are rows of F. Leaves the object
     // uninitialised when either matrix is empty or too narrow. The first call of the process
-    // starts Embree; a failure there or in the build is said on standard error and returns
-    // false, leaving the object uninitialised.
-    bool init(const VertexMatrix& V, const TriangleMatrix& F, const std::string& structure = "default",
-              const std::string& builder = "default", const std::string& traverser = "default");
+    // starts Embree; a failure there or in the build fails, saying why, and leaves the object
+    // uninitialised. note: Embree 3 names no structures, builders or traversers; its defaults
+    // are the only ones used, so init takes no such names.
+    Status init(const VertexMatrix& V, const TriangleMatrix& F);
 
     // True when a triangle lies along the ray with its parameter between tnear and tfar;
     // then `hit` is filled with the closest such triangle, otherwise left alone. The ray

@@ -1,13 +1,13 @@
 #include "geometry/mesh_checks.h"
 
 #include "geometry/surface_loading.h"
+#include "support/formatted_text.h"
 
 #include <Eigen/Geometry>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <utility>
 #include <vector>
 
@@ -64,13 +64,14 @@ std::vector<int64_t> JoinedCorners(const VertexMatrix& V, const TriangleMatrix& 
     return ids;
 }
 
-void Warn(const std::string& path, const char* format, int64_t count, int64_t total)
+// One line: the mesh's name, then `format` with the count and the total it is out of.
+void Warn(std::string& warnings, const std::string& path, const char* format, int64_t count, int64_t total)
 {
     if (count == 0)
         return;
-    std::fprintf(stderr, "WARNING: \"%s\": ", path.c_str());
-    std::fprintf(stderr, format, static_cast<long long>(count), static_cast<long long>(total));
-    std::fputc('\n', stderr);
+    AppendFormatted(warnings, "WARNING: \"%s\": ", path.c_str());
+    AppendFormatted(warnings, format, static_cast<long long>(count), static_cast<long long>(total));
+    warnings += '\n';
 }
 
 } // namespace
@@ -130,30 +131,30 @@ MeshProblems FindMeshProblems(const VertexMatrix& V, const TriangleMatrix& F, co
     return problems;
 }
 
-void WarnOfMeshProblems(const std::string& path, const MeshProblems& problems, bool storedNormalsUsed)
+void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems, bool storedNormalsUsed)
 {
     if (storedNormalsUsed)
     {
-        Warn(path, "%lld of %lld facets have a stored normal that is zero or not finite (/normalsfromwinding ignores them)",
+        Warn(warnings, path, "%lld of %lld facets have a stored normal that is zero or not finite (/normalsfromwinding ignores them)",
              problems.badStoredNormals, problems.facets);
-        Warn(path,
+        Warn(warnings, path,
              "%lld of %lld facets have a stored normal more than 90 degrees from their winding's (/normalsfromwinding "
              "ignores them)",
              problems.flippedStoredNormals, problems.facets);
     }
-    Warn(path, "%lld of %lld facets wind inside out: the closed mesh encloses a negative volume",
+    Warn(warnings, path, "%lld of %lld facets wind inside out: the closed mesh encloses a negative volume",
          problems.insideOut ? problems.facets : 0, problems.facets);
-    Warn(path, "%lld of %lld vertices are not finite", problems.nonFiniteVertices, problems.vertices);
-    Warn(path, "%lld of %lld facets have zero area", problems.zeroAreaFacets, problems.facets);
-    Warn(path, "%lld open edges (used by one facet only) in %lld facets", problems.openEdges, problems.facets);
+    Warn(warnings, path, "%lld of %lld vertices are not finite", problems.nonFiniteVertices, problems.vertices);
+    Warn(warnings, path, "%lld of %lld facets have zero area", problems.zeroAreaFacets, problems.facets);
+    Warn(warnings, path, "%lld open edges (used by one facet only) in %lld facets", problems.openEdges, problems.facets);
 }
 
-void WarnOfImplausibleSize(const std::string& path, float diagonal, double unitScale, bool inferred)
+void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float diagonal, double unitScale, bool inferred)
 {
     const double metres = static_cast<double>(diagonal) * unitScale;
     if (!(metres < kSmallestDevice || metres > kLargestDevice))
         return;
-    std::fprintf(stderr,
+    AppendFormatted(warnings,
                  "WARNING: \"%s\": a box diagonal of %g %s (%s) is implausible for a hand-held or head-worn device "
                  "(20 mm to 2 m); /meshunit mm|cm|m|in sets the unit\n",
                  path.c_str(), static_cast<double>(diagonal), UnitName(unitScale).c_str(),

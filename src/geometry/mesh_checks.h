@@ -27,13 +27,13 @@ MeshProblems FindMeshProblems(const VertexMatrix& V, const TriangleMatrix& F, co
 // Edges used by exactly one facet, with vertices of equal coordinates taken as one.
 int64_t CountOpenEdges(const VertexMatrix& V, const TriangleMatrix& F);
 
-// One "WARNING: " line on standard error for each kind of problem found in the mesh `path`;
+// Appends one "WARNING: " line to `warnings` for each kind of problem found in the mesh `path`;
 // the two about stored normals only when `storedNormalsUsed`.
-void WarnOfMeshProblems(const std::string& path, const MeshProblems& problems, bool storedNormalsUsed);
+void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems, bool storedNormalsUsed);
 
-// Warns when the box diagonal (file unit) times unitScale is under 20 mm or over 2 m, naming
-// the unit, `inferred` or not.
-void WarnOfImplausibleSize(const std::string& path, float diagonal, double unitScale, bool inferred);
+// Appends a warning when the box diagonal (file unit) times unitScale is under 20 mm or over
+// 2 m, naming the unit, `inferred` or not.
+void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float diagonal, double unitScale, bool inferred);
 
 // Facets by 3: each facet's normal from its winding, not unit length; zero where degenerate.
 NormalMatrix WindingNormals(const VertexMatrix& V, const TriangleMatrix& F);

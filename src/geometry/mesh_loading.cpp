@@ -30,19 +30,24 @@ void AppendRows(Matrix& stacked, const Matrix& more, typename Matrix::Scalar off
 
 } // namespace
 
-bool ReadMeshMatrices(const std::string& path, VertexMatrix& V, TriangleMatrix& F, NormalMatrix& N)
+Status ReadMeshMatrices(const std::string& path, VertexMatrix& V, TriangleMatrix& F, NormalMatrix& N)
 {
     FloatLists vertices;
     IndexLists facets;
     FloatLists normals;
-    return ReadStlFile(path, vertices, facets, normals) && list_to_matrix(vertices, V) &&
-           list_to_matrix(facets, F) && list_to_matrix(normals, N);
+    for (Status status : {ReadStlFile(path, vertices, facets, normals), list_to_matrix(vertices, V),
+                          list_to_matrix(facets, F), list_to_matrix(normals, N)})
+    {
+        if (!status.ok())
+            return status;
+    }
+    return {};
 }
 
-bool ReadMeshList(std::span<const std::string> paths, VertexMatrix& V, TriangleMatrix& F, NormalMatrix& N)
+Status ReadMeshList(std::span<const std::string> paths, VertexMatrix& V, TriangleMatrix& F, NormalMatrix& N)
 {
     if (paths.empty())
-        return true;
+        return {};
     VertexMatrix stackedV;
     TriangleMatrix stackedF;
     NormalMatrix stackedN;
@@ -51,8 +56,8 @@ bool ReadMeshList(std::span<const std::string> paths, VertexMatrix& V, TriangleM
         VertexMatrix fileV;
         TriangleMatrix fileF;
         NormalMatrix fileN;
-        if (!ReadMeshMatrices(path, fileV, fileF, fileN))
-            return false;
+        if (Status status = ReadMeshMatrices(path, fileV, fileF, fileN); !status.ok())
+            return status;
         AppendRows(stackedF, fileF, static_cast<int32_t>(stackedV.rows()));
         AppendRows(stackedV, fileV, 0.0f);
         AppendRows(stackedN, fileN, 0.0f);
@@ -60,7 +65,7 @@ bool ReadMeshList(std::span<const std::string> paths, VertexMatrix& V, TriangleM
     V = std::move(stackedV);
     F = std::move(stackedF);
     N = std::move(stackedN);
-    return true;
+    return {};
 }
 
 } // namespace kelvorig

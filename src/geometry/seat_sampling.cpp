@@ -1,12 +1,12 @@
 #include "geometry/tracked_surface.h"
 
 #include "support/angles.h"
+#include "support/formatted_text.h"
 
 #include <Eigen/Geometry>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <optional>
 #include <utility>
 
@@ -116,8 +116,8 @@ bool TrackedSurface::CanSeatSensor(const Eigen::Vector3f& position, const Eigen:
     return true;
 }
 
-bool TrackedSurface::SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng,
-                                const SeatNeighbours* neighbours) const
+Status TrackedSurface::SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng,
+                                  const SeatNeighbours* neighbours) const
 {
     SeatRefusals refusals;
     for (int64_t pick = 0; pick < kMaxFruitlessPicks; ++pick)
@@ -126,13 +126,13 @@ bool TrackedSurface::SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& norm
         position = SamplePoint(triangle, rng);
         normal = SampleNormal(triangle, rng);
         if (PassesSeatTest(position, normal, refusals) && PassesSeatRules(position, normal, neighbours, refusals))
-            return true;
+            return {};
     }
-    return ReportNoSeat(refusals);
+    return NoSeat(refusals);
 }
 
-bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit,
-                                    RandomEngine& rng, const SeatNeighbours* neighbours) const
+Status TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit,
+                                      RandomEngine& rng, const SeatNeighbours* neighbours) const
 {
     const Eigen::Vector3f wanted = normal;
     float bestDot = -2.0f;
@@ -149,7 +149,7 @@ bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& 
         if ((bestDot < -1.0f || seatRules_ != nullptr) && ++fruitlessPicks > kMaxFruitlessPicks)
         {
             if (bestDot < -1.0f)
-                return ReportNoSeat(refusals);
+                return NoSeat(refusals);
             break;
         }
         const int32_t triangle = PickTriangle(rng);
@@ -172,7 +172,7 @@ bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& 
         if (d > limit)
         {
             normal = drawn ? *drawn : SampleNormal(triangle, rng);
-            return true;
+            return {};
         }
         if (d > bestDot)
         {
@@ -183,7 +183,7 @@ bool TrackedSurface::SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& 
     }
     position = bestPosition;
     normal = bestNormal;
-    return true;
+    return {};
 }
 
 bool TrackedSurface::IsOnSensorSurface(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const
@@ -217,16 +217,15 @@ bool TrackedSurface::PassesSeatRules(const Eigen::Vector3f& position, const Eige
     return false;
 }
 
-bool TrackedSurface::ReportNoSeat(const SeatRefusals& refusals) const
+Status TrackedSurface::NoSeat(const SeatRefusals& refusals) const
 {
     const SeatRule emptying = refusals.Emptying();
     if (emptying == SeatRule::kSeatTest || seatRules_ == nullptr)
-        std::fprintf(stderr, "Error: no position on the sensor surface \"%s\" can take a sensor.\n",
-                     surfacePath_.c_str());
-    else
-        std::fprintf(stderr, "Error: %s leaves no position on the sensor surface \"%s\" that can take a sensor.\n",
-                     seatRules_->Describe(emptying).c_str(), surfacePath_.c_str());
-    return false;
+        return Status::Failure(Formatted("Error: no position on the sensor surface \"%s\" can take a sensor.\n",
+                                         surfacePath_.c_str()));
+    return Status::Failure(
+        Formatted("Error: %s leaves no position on the sensor surface \"%s\" that can take a sensor.\n",
+                  seatRules_->Describe(emptying).c_str(), surfacePath_.c_str()));
 }
 
 } // namespace kelvorig

@@ -1,5 +1,7 @@
 #include "geometry/stl_reader.h"
 
+#include "support/formatted_text.h"
+
 #include <array>
 #include <bit>
 #include <cctype>
@@ -55,16 +57,14 @@ private:
     FILE* file;
 };
 
-bool ReportOpenFailure(const std::string& path)
+Status ReportOpenFailure(const std::string& path)
 {
-    std::fprintf(stderr, "IOError: %s could not be opened...\n", path.c_str());
-    return false;
+    return Status::Failure(Formatted("IOError: %s could not be opened...\n", path.c_str()));
 }
 
-bool ReportDirectory(const std::string& path)
+Status ReportDirectory(const std::string& path)
 {
-    std::fprintf(stderr, "IOError: %s is a directory.\n", path.c_str());
-    return false;
+    return Status::Failure(Formatted("IOError: %s is a directory.\n", path.c_str()));
 }
 
 bool IsDirectory(FILE* file)
@@ -73,16 +73,14 @@ bool IsDirectory(FILE* file)
     return fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-bool ReportTooShort(const std::string& path)
+Status ReportTooShort(const std::string& path)
 {
-    std::fprintf(stderr, "IOError: %s too short.\n", path.c_str());
-    return false;
+    return Status::Failure(Formatted("IOError: %s too short.\n", path.c_str()));
 }
 
-bool ReportBadFormat(const std::string& path, int code)
+Status ReportBadFormat(const std::string& path, int code)
 {
-    std::fprintf(stderr, "IOError: %s bad format (%d).\n", path.c_str(), code);
-    return false;
+    return Status::Failure(Formatted("IOError: %s bad format (%d).\n", path.c_str(), code));
 }
 
 // Reads one white-space-delimited word, as "%s" would. False when the file ends first.
@@ -133,7 +131,7 @@ bool HasBinaryMark(FILE* file)
 }
 
 // The rest of a text file, behind its first word "solid".
-bool ReadTextBody(FILE* file, const std::string& path, FloatLists& vertices, IndexLists& facets,
+Status ReadTextBody(FILE* file, const std::string& path, FloatLists& vertices, IndexLists& facets,
                   FloatLists& normals)
 {
     std::array<char, kBufferSize> line;
@@ -148,7 +146,7 @@ bool ReadTextBody(FILE* file, const std::string& path, FloatLists& vertices, Ind
         if (!ReadWord(file, first))
             return ReportBadFormat(path, 1);
         if (first == "endsolid")
-            return true;
+            return {};
         if (!ReadWord(file, second) || !ReadTriple(file, triple) || first != "facet" || second != "normal")
             return ReportBadFormat(path, 1);
         normals.push_back(triple);
@@ -194,7 +192,7 @@ bool ReadBinaryTriple(FILE* file, std::array<float, 3>& triple)
     return true;
 }
 
-bool ReadBinaryBody(FILE* file, const std::string& path, FloatLists& vertices, IndexLists& facets,
+Status ReadBinaryBody(FILE* file, const std::string& path, FloatLists& vertices, IndexLists& facets,
                     FloatLists& normals)
 {
     std::array<unsigned char, 80> header;
@@ -225,11 +223,11 @@ bool ReadBinaryBody(FILE* file, const std::string& path, FloatLists& vertices, I
         if (std::fread(attributes.data(), 1, attributes.size(), file) != attributes.size())
             return ReportBadFormat(path, 5);
     }
-    return true;
+    return {};
 }
 
 // Opens the source up to three times, as the reader of a file on disk would.
-bool ReadStl(const StlSource& source, FloatLists& vertices, IndexLists& facets, FloatLists& normals)
+Status ReadStl(const StlSource& source, FloatLists& vertices, IndexLists& facets, FloatLists& normals)
 {
     const std::string& path = source.name;
     bool binaryMark = false;
@@ -265,12 +263,12 @@ bool ReadStl(const StlSource& source, FloatLists& vertices, IndexLists& facets, 
 
 } // namespace
 
-bool ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals)
+Status ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals)
 {
     return ReadStl(StlSource{path, &path, {}}, vertices, facets, normals);
 }
 
-bool ReadStlBytes(const std::string& name, std::string_view bytes, FloatLists& vertices, IndexLists& facets,
+Status ReadStlBytes(const std::string& name, std::string_view bytes, FloatLists& vertices, IndexLists& facets,
                   FloatLists& normals)
 {
     return ReadStl(StlSource{name, nullptr, bytes}, vertices, facets, normals);

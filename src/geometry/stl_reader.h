@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/status.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -16,11 +18,11 @@ using IndexLists = std::vector<std::vector<int32_t>>;
 
 // Reads a text or binary STL (told apart by contents, never by extension) as a triangle
 // soup: every facet appends its own vertices, so facet t of a triangle file refers to
-// vertices 3t, 3t+1, 3t+2. Normals are kept as the file states them. On failure returns
-// false with the reason printed on stderr; the lists are then not to be used.
-bool ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals);
+// vertices 3t, 3t+1, 3t+2. Normals are kept as the file states them. On failure the status
+// says why; the lists are then not to be used.
+Status ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals);
 // The same for the bytes of a file already in memory; `name` stands for the path in messages.
-bool ReadStlBytes(const std::string& name, std::string_view bytes, FloatLists& vertices, IndexLists& facets,
+Status ReadStlBytes(const std::string& name, std::string_view bytes, FloatLists& vertices, IndexLists& facets,
                   FloatLists& normals);
 
 } // namespace kelvorig

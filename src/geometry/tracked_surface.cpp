@@ -29,19 +29,19 @@ TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector
                                uint32_t seed, const SurfaceLoading& loading)
     : surfacePath_(surfacePath), obstaclePaths_(obstaclePaths)
 {
-    if (!LoadSensorSurface(loading))
+    buildFailure_ = LoadSensorSurface(loading);
+    if (buildFailure_.ok())
     {
-        triangles_.resize(0, 0);
-        return;
+        buildFailure_ = intersector_.init(vertices_, triangles_);
+        rayEngineFailed_ = !buildFailure_.ok();
     }
-    if (!intersector_.init(vertices_, triangles_))
+    if (buildFailure_.ok())
     {
-        rayEngineFailed_ = true;
-        triangles_.resize(0, 0);
-        return;
+        BuildAreaTable();
+        if (!obstaclePaths_.empty())
+            buildFailure_ = AddObstacles();
     }
-    BuildAreaTable();
-    if (!obstaclePaths_.empty() && !AddObstacles())
+    if (!buildFailure_.ok())
     {
         triangles_.resize(0, 0);
         return;
@@ -49,17 +49,19 @@ TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector
     rng_.seed(seed);
 }
 
-bool TrackedSurface::LoadSensorSurface(const SurfaceLoading& loading)
+// A surface that can't be used fails; with an empty message where the caller names it.
+Status TrackedSurface::LoadSensorSurface(const SurfaceLoading& loading)
 {
-    if (!ReadMeshMatrices(surfacePath_, vertices_, triangles_, faceNormals_))
-        return false;
+    if (Status read = ReadMeshMatrices(surfacePath_, vertices_, triangles_, faceNormals_); !read.ok())
+        return read;
     if (vertices_.size() == 0 || faceNormals_.size() == 0 || !HasTriangles(triangles_))
-        return false;
+        return Status::Failure("");
 
     const float diagonal = MeshExtentDiagonal(vertices_);
     unitScale_ = loading.unitScale ? *loading.unitScale : InferUnitScale(diagonal);
-    WarnOfMeshProblems(surfacePath_, FindMeshProblems(vertices_, triangles_, faceNormals_), !loading.normalsFromWinding);
-    WarnOfImplausibleSize(surfacePath_, diagonal, unitScale_, !loading.unitScale);
+    WarnOfMeshProblems(warnings_, surfacePath_, FindMeshProblems(vertices_, triangles_, faceNormals_),
+                       !loading.normalsFromWinding);
+    WarnOfImplausibleSize(warnings_, surfacePath_, diagonal, unitScale_, !loading.unitScale);
     vertices_ *= static_cast<float>(unitScale_);
     if (loading.normalsFromWinding)
         faceNormals_ = WindingNormals(vertices_, triangles_);
@@ -67,7 +69,7 @@ bool TrackedSurface::LoadSensorSurface(const SurfaceLoading& loading)
     for (Eigen::Index row = 0; row < faceNormals_.rows(); ++row)
         faceNormals_.row(row) /= faceNormals_.row(row).norm();
     // A surface without area offers no seat: it counts as not built.
-    return HasFacetOfPositiveArea(vertices_, triangles_);
+    return HasFacetOfPositiveArea(vertices_, triangles_) ? Status() : Status::Failure("");
 }
 
 void TrackedSurface::BuildAreaTable()
@@ -88,17 +90,17 @@ void TrackedSurface::BuildAreaTable()
 }
 
 // Obstacles only block rays: their geometry ends up in the intersector and nowhere else.
-bool TrackedSurface::AddObstacles()
+Status TrackedSurface::AddObstacles()
 {
     VertexMatrix obstacleVertices;
     TriangleMatrix obstacleTriangles;
     NormalMatrix obstacleNormals;
-    if (!ReadMeshList(obstaclePaths_, obstacleVertices, obstacleTriangles, obstacleNormals))
-        return false;
+    if (Status read = ReadMeshList(obstaclePaths_, obstacleVertices, obstacleTriangles, obstacleNormals); !read.ok())
+        return read;
     if (obstacleTriangles.rows() == 0)
-        return true;
+        return {};
     if (!HasTriangles(obstacleTriangles))
-        return false;
+        return Status::Failure("");
 
     obstacleTriangles.array() += static_cast<int32_t>(vertices_.rows());
     obstacleVertices *= static_cast<float>(unitScale_);
@@ -107,8 +109,9 @@ bool TrackedSurface::AddObstacles()
     allVertices << vertices_, obstacleVertices;
     TriangleMatrix allTriangles(triangles_.rows() + obstacleTriangles.rows(), 3);
     allTriangles << triangles_.leftCols(3), obstacleTriangles.leftCols(3);
-    rayEngineFailed_ = !intersector_.init(allVertices, allTriangles);
-    return !rayEngineFailed_;
+    Status built = intersector_.init(allVertices, allTriangles);
+    rayEngineFailed_ = !built.ok();
+    return built;
 }
 
 bool TrackedSurface::isBuilt() const

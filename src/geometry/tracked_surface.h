@@ -20,8 +20,8 @@ class TrackedSurface
 {
 public:
     // Reads the meshes; the engine is seeded from time and process id.
-    // `loading` says how the sensor surface's file is read; the mesh checks warn of what is
-    // wrong with it on standard error.
+    // `loading` says how the sensor surface's file is read; what the mesh checks find wrong
+    // with it is kept in warnings().
     TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths,
                    const SurfaceLoading& loading = {});
     // Same, with a fixed seed for the engine's final reseeding (tests, benchmarks).
@@ -31,8 +31,12 @@ public:
     // False when a mesh couldn't be read or the sensor surface has no usable facets; such
     // a surface must not be used.
     bool isBuilt() const;
-    // True when the build failed in the ray engine, which has said why on standard error.
+    // Why the surface is not built, where a reader or the ray engine said so (may be empty).
+    const Status& buildFailure() const { return buildFailure_; }
+    // True when the build failed in the ray engine.
     bool rayEngineFailed() const { return rayEngineFailed_; }
+    // The mesh checks' warnings about the sensor surface, whole lines; empty for a sound mesh.
+    const std::string& warnings() const { return warnings_; }
 
     const std::string& surfacePath() const;
     const std::vector<std::string>& obstaclePaths() const;
@@ -69,19 +73,19 @@ public:
     // True when four 6 mm chords of a disc 1 mm under the position meet no triangle.
     bool CanSeatSensor(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const;
     // Draws seats until one passes CanSeatSensor and the seat rules, if set, keeping clear of
-    // `neighbours` (may be null). When no seat can be found it says so on stderr, naming the
-    // test that left none, and returns false.
-    bool SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng,
-                    const SeatNeighbours* neighbours = nullptr) const;
-    bool SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal)
+    // `neighbours` (may be null). When no seat can be found it fails, naming the test that
+    // left none.
+    Status SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng,
+                      const SeatNeighbours* neighbours = nullptr) const;
+    Status SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal)
     {
         return SampleSeat(position, normal, rng_);
     }
     // A seat whose facet normal is close to the incoming `normal`: the first with a dot
     // product above `limit`, else the best of 20 that pass the seat test. Fails as SampleSeat.
-    bool SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit, RandomEngine& rng,
-                        const SeatNeighbours* neighbours = nullptr) const;
-    bool SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit)
+    Status SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit, RandomEngine& rng,
+                          const SeatNeighbours* neighbours = nullptr) const;
+    Status SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit)
     {
         return SampleSeatNear(position, normal, limit, rng_);
     }
@@ -95,15 +99,15 @@ public:
     bool IsOnSensorSurface(const Eigen::Vector3f& position, const Eigen::Vector3f& normal) const;
 
 private:
-    bool LoadSensorSurface(const SurfaceLoading& loading);
-    bool AddObstacles();
+    Status LoadSensorSurface(const SurfaceLoading& loading);
+    Status AddObstacles();
     void BuildAreaTable();
     // Both count the pick's fate in `refusals`. The chord test of CanSeatSensor:
     bool PassesSeatTest(const Eigen::Vector3f& position, const Eigen::Vector3f& normal, SeatRefusals& refusals) const;
     // True when the seat rules, if any, allow the seat.
     bool PassesSeatRules(const Eigen::Vector3f& position, const Eigen::Vector3f& normal,
                          const SeatNeighbours* neighbours, SeatRefusals& refusals) const;
-    bool ReportNoSeat(const SeatRefusals& refusals) const;  // says so on stderr; false
+    Status NoSeat(const SeatRefusals& refusals) const;  // the failure naming the test that left no seat
 
     std::string surfacePath_;
     std::vector<std::string> obstaclePaths_;
@@ -112,6 +116,8 @@ private:
     TriangleMatrix triangles_;
     double unitScale_ = 1.0;
     bool rayEngineFailed_ = false;
+    Status buildFailure_;
+    std::string warnings_;
     float cosMaxSurfaceAngle_ = 1.0f;
     EmbreeIntersector intersector_;
     double totalArea_ = 0.0;

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
-#include <iostream>
+#include <ostream>
 #include <mutex>
 #include <sstream>
 
@@ -25,8 +25,8 @@ bool Precedes(double score, size_t index, double otherScore, size_t otherIndex)
     return index < otherIndex;
 }
 
-std::optional<AnnealOutcome> AnnealOnce(const PlacementProblem& problem, std::optional<uint32_t> seed,
-                                        WorkerPool& workers)
+Status AnnealOnce(const PlacementProblem& problem, std::optional<uint32_t> seed, WorkerPool& workers,
+                  AnnealOutcome& outcome)
 {
     PlacementProblem run = problem;
     if (seed)
@@ -35,42 +35,39 @@ std::optional<AnnealOutcome> AnnealOnce(const PlacementProblem& problem, std::op
         run.seatSeed = SeatSeedOf(*seed);
     }
     run.workers = &workers;
-    std::optional<TrackedObjectModel> model = run.Solve();
-    if (!model)
-        return std::nullopt;
-    AnnealOutcome outcome;
-    outcome.model = std::move(*model);
+    if (Status solved = run.Solve(outcome.model); !solved.ok())
+        return solved;
     outcome.score = run.finalQuality;
     outcome.seed = seed;
     outcome.movesMade = run.movesMade;
     outcome.movesPlanned = run.movesPlanned;
-    return outcome;
+    return {};
 }
 
 } // namespace
 
-std::optional<AnnealOutcome> AnnealBestOf(const PlacementProblem& problem, int32_t restarts,
-                                          std::optional<uint32_t> firstSeed, WorkerPool& workers)
+Status AnnealBestOf(const PlacementProblem& problem, int32_t restarts, std::optional<uint32_t> firstSeed,
+                    WorkerPool& workers, AnnealOutcome& best)
 {
+    const int64_t movesPerTemperature = static_cast<int64_t>(problem.nSensors) * problem.nIterations;
+    if (problem.progress != nullptr)
+        *problem.progress << "anneal duration: " << ExpectedMoveCount(movesPerTemperature, problem.coolingRate) << '\n';
     if (restarts <= 1)
-        return AnnealOnce(problem, firstSeed, workers);
+        return AnnealOnce(problem, firstSeed, workers, best);
 
     const uint32_t first = firstSeed ? *firstSeed : TimeAndProcessSeed();
     const size_t count = static_cast<size_t>(restarts);
     const int32_t atOnce = std::min(restarts, workers.Size());
     const int32_t threadsEach = std::max(1, workers.Size() / atOnce);
-    const int64_t movesPerTemperature = static_cast<int64_t>(problem.nSensors) * problem.nIterations;
-    if (problem.showProgress)
-        std::cerr << "anneal duration: " << ExpectedMoveCount(movesPerTemperature, problem.coolingRate) << '\n';
 
     PlacementProblem quiet = problem;
-    quiet.showProgress = false;
-    std::mutex mutex;  // guards everything below and standard error
-    AnnealOutcome best;
+    quiet.progress = nullptr;
+    std::mutex mutex;  // guards everything below and the progress stream
+    best = AnnealOutcome();
     best.movesPlanned = static_cast<int64_t>(count) * PlannedMoveCount(movesPerTemperature, problem.coolingRate);
     size_t bestIndex = count;
     std::exception_ptr failure;
-    bool seatless = false;  // one anneal found no seat; the surface offers none to the others either
+    Status seatless;  // one anneal found no seat; the surface offers none to the others either
 
     auto runRestarts = [&](int32_t, size_t begin, size_t end)
     {
@@ -78,27 +75,29 @@ std::optional<AnnealOutcome> AnnealBestOf(const PlacementProblem& problem, int32
         {
             {
                 const std::lock_guard<std::mutex> lock(mutex);
-                if (seatless || (i > 0 && problem.stopRequest != nullptr && problem.stopRequest->load()))
+                if (!seatless.ok() || (i > 0 && problem.stopRequest != nullptr && problem.stopRequest->load()))
                     continue;
             }
             const uint32_t seed = first + static_cast<uint32_t>(i);
             try
             {
                 WorkerPool own(threadsEach);
-                std::optional<AnnealOutcome> run = AnnealOnce(quiet, seed, own);
+                AnnealOutcome outcome;
+                Status run = AnnealOnce(quiet, seed, own, outcome);
                 const std::lock_guard<std::mutex> lock(mutex);
-                if (!run)
+                if (!run.ok())
                 {
-                    seatless = true;
+                    // note: kept once, so that the run says it once however many anneals met it.
+                    if (seatless.ok())
+                        seatless = std::move(run);
                     continue;
                 }
-                AnnealOutcome& outcome = *run;
                 best.movesMade += outcome.movesMade;
-                if (outcome.movesMade == outcome.movesPlanned && problem.showProgress)
+                if (outcome.movesMade == outcome.movesPlanned && problem.progress != nullptr)
                 {
                     std::ostringstream line;
                     line << "restart " << i + 1 << '/' << count << ": " << outcome.score << " (seed " << seed << ")\n";
-                    std::cerr << line.str() << std::flush;
+                    *problem.progress << line.str() << std::flush;
                 }
                 if (bestIndex == count || Precedes(outcome.score, i, best.score, bestIndex))
                 {
@@ -119,9 +118,7 @@ std::optional<AnnealOutcome> AnnealBestOf(const PlacementProblem& problem, int32
     workers.ForEachRange(count, 1, runRestarts);
     if (failure)
         std::rethrow_exception(failure);
-    if (seatless)
-        return std::nullopt;
-    return best;
+    return seatless;
 }
 
 } // namespace kelvorig

@@ -41,10 +41,11 @@ struct AnnealOutcome
 // progress of Solve. Several run side by side, as many at once as `workers` has workers, each
 // with its own layout, evaluator and seat engine on the shared surface and scoring on a pool
 // of its own of workers.Size() / (anneals at once) threads; instead of dots, each finished one
-// prints "restart i/k: score (seed n)" on standard error. Once the problem's stop request is
-// set, anneals not yet begun are skipped (the first always runs, so that there is a result).
-// Nothing when the surface offers no seat (said on standard error).
-std::optional<AnnealOutcome> AnnealBestOf(const PlacementProblem& problem, int32_t restarts, std::optional<uint32_t> firstSeed,
-                                          WorkerPool& workers);
+// writes "restart i/k: score (seed n)" to the problem's progress stream, after the one
+// "anneal duration: " line of the run. Once the problem's stop request is set, anneals not yet
+// begun are skipped (the first always runs, so that there is a result). Fails, once whatever
+// the count of anneals that met it, when the surface offers no seat.
+Status AnnealBestOf(const PlacementProblem& problem, int32_t restarts, std::optional<uint32_t> firstSeed,
+                    WorkerPool& workers, AnnealOutcome& best);
 
 } // namespace kelvorig

@@ -1,6 +1,5 @@
 #include "optimiser/anneal_score.h"
 
-#include "quality/orientation_sampling.h"
 #include "quality/quality_evaluator.h"
 #include "support/angles.h"
 
@@ -8,20 +7,16 @@
 
 namespace kelvorig {
 
-double AnnealScoreOf(const SensorLayout& layout, const TrackedSurface* surface, int32_t nOrientations,
-                     double maxIncidenceAngle, double qualityLow, double qualityHigh)
+double AnnealScoreOf(const SensorLayout& layout, const TrackedSurface* surface, const AnnealSettings& settings)
 {
-    // note: the anneal subtracts half the orientation spacing, in radians, from the limit in
-    // degrees; its scores are defined with that limit.
     SensorLayout scored = layout;
-    scored.cosMaxIncidence =
-        std::cos(DegreesToRadians(maxIncidenceAngle - 0.5 * OrientationSpacing(nOrientations)));
+    scored.cosMaxIncidence = std::cos(DegreesToRadians(settings.IncidenceLimitDegrees()));
     QualityEvaluator evaluator;
     evaluator.SetModel(scored);
     evaluator.SetSurface(surface);
-    evaluator.SampleOrientations(nOrientations);
-    if (qualityLow > 0.0 && qualityHigh > 0.0)
-        evaluator.SetQualityRange(qualityLow, qualityHigh);
+    evaluator.SampleOrientations(settings.nOrientations);
+    if (QualityRangeApplies(settings.qualityLow, settings.qualityHigh))
+        evaluator.SetQualityRange(settings.qualityLow, settings.qualityHigh);
     return evaluator.EvaluateQuality();
 }
 

@@ -5,7 +5,6 @@
 #include "support/angles.h"
 
 #include <cmath>
-#include <iostream>
 
 namespace kelvorig {
 
@@ -14,7 +13,7 @@ PlacementProblem::PlacementProblem(int32_t sensorCount, TrackedSurface& trackedS
 {
 }
 
-bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout, RandomEngine& seatEngine)
+Status PlacementProblem::PlaceInitialSensors(PlacementLayout& layout, RandomEngine& seatEngine)
 {
     constexpr int kCandidates = 20;
     // note: kept across slots; if every candidate of a slot coincides with a placed sensor,
@@ -36,8 +35,8 @@ bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout, RandomEngine
             Eigen::Vector3f normal;
             // The seat keeps its distance from the sensors already placed, immutable ones included.
             const SeatNeighbours placedSoFar{&layout.positions, i};
-            if (!surface.SampleSeat(position, normal, seatEngine, &placedSoFar))
-                return false;
+            if (Status seat = surface.SampleSeat(position, normal, seatEngine, &placedSoFar); !seat.ok())
+                return seat;
 
             float distance = 9999.0f;
             for (size_t j = 0; j < i; ++j)
@@ -61,15 +60,15 @@ bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout, RandomEngine
         layout.positions[i] = bestPosition.cast<double>();
         layout.normals[i] = bestNormal.cast<double>();
     }
-    return true;
+    return {};
 }
 
-bool PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
+Status PlacementProblem::PlaceInitialSensors(PlacementLayout& layout)
 {
     return PlaceInitialSensors(layout, surface.engine());
 }
 
-std::optional<TrackedObjectModel> PlacementProblem::Solve()
+Status PlacementProblem::Solve(TrackedObjectModel& best)
 {
     PlacementLayout layout(nSensors);
     layout.cosMaxIncidence = std::cos(DegreesToRadians(incidenceLimitDegrees));
@@ -79,8 +78,8 @@ std::optional<TrackedObjectModel> PlacementProblem::Solve()
     if (seatSeed)
         ownSeatEngine.emplace(*seatSeed);
     RandomEngine& seatEngine = ownSeatEngine ? *ownSeatEngine : surface.engine();
-    if (!PlaceInitialSensors(layout, seatEngine))
-        return std::nullopt;
+    if (Status placed = PlaceInitialSensors(layout, seatEngine); !placed.ok())
+        return placed;
 
     SensorPlacementAnnealer annealer(layout, surface, nIterations, nOrientations, coolingRate, qualityLow, qualityHigh,
                                      annealerSeed);
@@ -89,15 +88,13 @@ std::optional<TrackedObjectModel> PlacementProblem::Solve()
     annealer.DrawSeatsWith(seatEngine);
     if (stopRequest != nullptr)
         annealer.StopWhen(*stopRequest);
-    annealer.ShowProgress(showProgress);
-    if (showProgress)
-        std::cerr << "anneal duration: " << annealer.ExpectedMoveCount() << '\n';
+    annealer.ShowProgress(progress);
 
-    std::optional<TrackedObjectModel> result = annealer.Anneal();
+    Status annealed = annealer.Anneal(best);
     finalQuality = annealer.snapshotScore();
     movesMade = annealer.movesMade();
     movesPlanned = annealer.PlannedMoveCount();
-    return result;
+    return annealed;
 }
 
 } // namespace kelvorig

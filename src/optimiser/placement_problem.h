@@ -2,10 +2,12 @@
 
 #include "model/sensor_model.h"
 #include "support/random_draws.h"
+#include "support/status.h"
 #include "optimiser/placement_layout.h"
 
 #include <atomic>
 #include <cstdint>
+#include <iosfwd>
 #include <optional>
 
 namespace kelvorig {
@@ -33,23 +35,23 @@ struct PlacementProblem
     WorkerPool* workers = nullptr;         // scores moves on these; null: the calling thread
     std::optional<uint32_t> seatSeed;      // seats drawn from an engine of this seed; none: the surface's
     const std::atomic<bool>* stopRequest = nullptr;  // true: the anneal stops after the move under way
-    bool showProgress = true;              // the duration line, dots and new best scores on stderr
+    std::ostream* progress = nullptr;      // the duration line, dots and new best scores; null: none
     int64_t movesMade = 0;                 // result: moves Solve made, fewer than planned when stopped
     int64_t movesPlanned = 0;              // result: moves of the whole schedule
 
     PlacementProblem(int32_t nSensors, TrackedSurface& surface);
 
-    // Seats the movable sensors by best-candidate sampling, anneals, and returns the best
-    // layout with ids 0..nSensors-1 (immutable sensors first). Prints progress on standard
-    // error unless showProgress is off. Sets finalQuality, movesMade and movesPlanned. Nothing
-    // when the surface offers no seat (said on stderr).
-    std::optional<TrackedObjectModel> Solve();
+    // Seats the movable sensors by best-candidate sampling, anneals, and puts the best layout
+    // with ids 0..nSensors-1 (immutable sensors first) in `best`. Writes the dots and new best
+    // scores to `progress`, if any. Sets finalQuality, movesMade and movesPlanned. Fails when
+    // the surface offers no seat.
+    Status Solve(TrackedObjectModel& best);
 
     // Fills the slots from layout.immutableCount on, each with the one of 20 random seats
     // that lies farthest from every sensor already placed; seats come from `seatEngine`, or
-    // from the surface's own engine. False when the surface offers no seat (said on stderr).
-    bool PlaceInitialSensors(PlacementLayout& layout, RandomEngine& seatEngine);
-    bool PlaceInitialSensors(PlacementLayout& layout);
+    // from the surface's own engine. Fails when the surface offers no seat.
+    Status PlaceInitialSensors(PlacementLayout& layout, RandomEngine& seatEngine);
+    Status PlaceInitialSensors(PlacementLayout& layout);
 };
 
 } // namespace kelvorig

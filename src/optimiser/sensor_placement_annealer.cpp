@@ -6,7 +6,7 @@
 #include "support/worker_pool.h"
 
 #include <cmath>
-#include <iostream>
+#include <ostream>
 
 namespace kelvorig {
 
@@ -24,7 +24,7 @@ SensorPlacementAnnealer::SensorPlacementAnnealer(PlacementLayout& layout, Tracke
     evaluator_.SetModel(layout_);
     evaluator_.SetSurface(&surface_);
     evaluator_.SampleOrientations(nOrientations_);
-    if (qualityLow > 0.0 && qualityHigh > 0.0)
+    if (QualityRangeApplies(qualityLow, qualityHigh))
         evaluator_.SetQualityRange(qualityLow, qualityHigh);
 
     engine_.seed(seed ? *seed : TimeAndProcessSeed());
@@ -49,10 +49,10 @@ int32_t SensorPlacementAnnealer::DrawMovableIndex()
     return firstMovable_ + static_cast<int32_t>(x % n);
 }
 
-bool SensorPlacementAnnealer::MoveOneSensor(double temperature)
+Status SensorPlacementAnnealer::MoveOneSensor(double temperature)
 {
-    if (showProgress_)
-        std::cerr << '.';
+    if (progress_ != nullptr)
+        *progress_ << '.';
 
     movedIndex_ = DrawMovableIndex();
     oldPosition_ = layout_.positions[movedIndex_];
@@ -68,17 +68,18 @@ bool SensorPlacementAnnealer::MoveOneSensor(double temperature)
         // A cosine between old and new normal: below -1 (anything goes) at the start
         // temperature, about 0.96 (16 degrees) at the stop temperature.
         const double limit = (2.0 - std::pow(3.0, invStartTemperature_ * temperature)) - 0.04;
-        if (!surface_.SampleSeatNear(position, normal, static_cast<float>(limit), *seatEngine_, &others))
-            return false;
+        if (Status seat = surface_.SampleSeatNear(position, normal, static_cast<float>(limit), *seatEngine_, &others);
+            !seat.ok())
+            return seat;
     }
-    else if (!surface_.SampleSeat(position, normal, *seatEngine_, &others))
+    else if (Status seat = surface_.SampleSeat(position, normal, *seatEngine_, &others); !seat.ok())
     {
-        return false;
+        return seat;
     }
 
     layout_.positions[movedIndex_] = position.cast<double>();
     layout_.normals[movedIndex_] = normal.cast<double>();
-    return true;
+    return {};
 }
 
 void SensorPlacementAnnealer::UndoMove()
@@ -89,8 +90,8 @@ void SensorPlacementAnnealer::UndoMove()
 
 TrackedObjectModel SensorPlacementAnnealer::Snapshot()
 {
-    if (!firstSnapshot_ && showProgress_)
-        std::cerr << '(' << currentScore_ << ')';
+    if (!firstSnapshot_ && progress_ != nullptr)
+        *progress_ << '(' << currentScore_ << ')';
     snapshotScore_ = currentScore_;
     firstSnapshot_ = false;
     return layout_.ToModel();
@@ -106,7 +107,7 @@ int64_t SensorPlacementAnnealer::PlannedMoveCount() const
     return kelvorig::PlannedMoveCount(movesPerTemperature_, coolingRate_);
 }
 
-std::optional<TrackedObjectModel> SensorPlacementAnnealer::Anneal()
+Status SensorPlacementAnnealer::Anneal(TrackedObjectModel& bestModel)
 {
     // note: fixed seed on purpose; which worsening moves stand varies only through the moves.
     RandomEngine acceptance(kFixedSeed);
@@ -124,7 +125,7 @@ std::optional<TrackedObjectModel> SensorPlacementAnnealer::Anneal()
         return score;
     };
 
-    TrackedObjectModel bestModel = Snapshot();
+    bestModel = Snapshot();
     currentScore_ = scored(incremental ? incremental->EvaluateAll() : evaluator_.EvaluateQuality());
     double best = currentScore_;
     double previous = currentScore_;
@@ -132,16 +133,16 @@ std::optional<TrackedObjectModel> SensorPlacementAnnealer::Anneal()
     // beats it still reports the score of the model it returns.
     snapshotScore_ = best;
     if (temperature < kStopTemperature)
-        return bestModel;
+        return {};
 
     do
     {
         for (int64_t move = 0; move < movesPerTemperature_; ++move)
         {
             if (stopRequest_ != nullptr && stopRequest_->load(std::memory_order_relaxed))
-                return bestModel;
-            if (!MoveOneSensor(temperature))
-                return std::nullopt;
+                return {};
+            if (Status moved = MoveOneSensor(temperature); !moved.ok())
+                return moved;
             ++movesMade_;
             const double q =
                 scored(incremental ? incremental->EvaluateMove(static_cast<size_t>(movedIndex_))
@@ -175,8 +176,7 @@ std::optional<TrackedObjectModel> SensorPlacementAnnealer::Anneal()
         }
         temperature *= coolingRate_;
     } while (temperature >= kStopTemperature);
-
-    return bestModel;
+    return {};
 }
 
 } // namespace kelvorig

@@ -4,12 +4,14 @@
 #include "optimiser/placement_layout.h"
 #include "quality/quality_evaluator.h"
 #include "support/random_draws.h"
+#include "support/status.h"
 
 #include <Eigen/Core>
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <optional>
 #include <utility>
 
@@ -47,11 +49,11 @@ public:
     SensorPlacementAnnealer(const SensorPlacementAnnealer&) = delete;
     SensorPlacementAnnealer& operator=(const SensorPlacementAnnealer&) = delete;
 
-    // Writes "." to standard error and moves one movable sensor, nine times in ten to a seat
-    // whose normal is near its own (a limit that tightens as `temperature` falls), else
+    // Writes "." to the progress stream and moves one movable sensor, nine times in ten to a
+    // seat whose normal is near its own (a limit that tightens as `temperature` falls), else
     // anywhere. Remembers the old seat for UndoMove. Needs at least one movable sensor.
-    // False, with the layout unchanged, when the surface offers no seat (said on stderr).
-    bool MoveOneSensor(double temperature);
+    // Fails, with the layout unchanged, when the surface offers no seat.
+    Status MoveOneSensor(double temperature);
 
     // Puts back, bit for bit, the seat that the latest move replaced.
     void UndoMove();
@@ -59,10 +61,10 @@ public:
     // The layout as a model; prints "(score)" for every snapshot but the first.
     TrackedObjectModel Snapshot();
 
-    // Runs the whole schedule from kStartTemperature down to kStopTemperature and returns the
-    // best layout seen; its score is left in snapshotScore(). Stops with nothing when a move
-    // finds no seat (said on stderr).
-    std::optional<TrackedObjectModel> Anneal();
+    // Runs the whole schedule from kStartTemperature down to kStopTemperature and puts the
+    // best layout seen in `best`; its score is left in snapshotScore(). Fails when a move finds
+    // no seat.
+    Status Anneal(TrackedObjectModel& best);
 
     void SetScoring(Scoring scoring) { scoring_ = scoring; }
     // Workers for incremental scoring; they must outlive every later Anneal.
@@ -76,8 +78,8 @@ public:
     // Anneal stops after the move under way once `request` is true, and returns the best
     // layout so far; movesMade() then falls short of PlannedMoveCount().
     void StopWhen(const std::atomic<bool>& request) { stopRequest_ = &request; }
-    // False: no dots and no new best scores on standard error.
-    void ShowProgress(bool show) { showProgress_ = show; }
+    // Where the dots and new best scores go; null (the default): nowhere.
+    void ShowProgress(std::ostream* progress) { progress_ = progress; }
 
     // Expected number of moves of Anneal: the value of the "anneal duration: " line.
     double ExpectedMoveCount() const;
@@ -115,7 +117,7 @@ private:
     std::function<void(double)> scoreObserver_;
     RandomEngine* seatEngine_;
     const std::atomic<bool>* stopRequest_ = nullptr;
-    bool showProgress_ = true;
+    std::ostream* progress_ = nullptr;
     int64_t movesMade_ = 0;
 
     int32_t DrawMovableIndex();

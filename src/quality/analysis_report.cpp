@@ -1,9 +1,9 @@
 #include "quality/quality_evaluator.h"
+#include "support/formatted_text.h"
 
 #include "quality/pose_solvability.h"
 
 #include <cmath>
-#include <cstdarg>
 
 namespace kelvorig {
 namespace {
@@ -34,30 +34,6 @@ SolvabilityPercent RateSolvability(const SensorLayout& layout, const std::vector
     if (hits.size() <= kFewHits)
         return {99, 1};
     return {100, 0};
-}
-
-// printf into the end of `text`.
-__attribute__((format(printf, 2, 3))) void AppendFormatted(std::string& text, const char* format, ...)
-{
-    char buffer[256];
-    va_list arguments;
-    va_start(arguments, format);
-    const int length = std::vsnprintf(buffer, sizeof buffer, format, arguments);
-    va_end(arguments);
-    if (length < 0)
-        return;
-    if (static_cast<size_t>(length) < sizeof buffer)
-    {
-        text.append(buffer, static_cast<size_t>(length));
-        return;
-    }
-    // note: only a huge number (a distance of 1e300, say) needs more than the buffer.
-    const size_t end = text.size();
-    text.resize(end + static_cast<size_t>(length) + 1);
-    va_start(arguments, format);
-    std::vsnprintf(text.data() + end, static_cast<size_t>(length) + 1, format, arguments);
-    va_end(arguments);
-    text.resize(end + static_cast<size_t>(length));
 }
 
 } // namespace

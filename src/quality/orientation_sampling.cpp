@@ -1,11 +1,12 @@
 #include "quality/orientation_sampling.h"
 
 #include "support/angles.h"
+#include "support/progress_stream.h"
 #include "support/random_draws.h"
 #include "support/vector_math.h"
 
 #include <cmath>
-#include <cstdio>
+#include <ostream>
 
 namespace kelvorig {
 namespace {
@@ -13,31 +14,34 @@ namespace {
 constexpr int kCandidatesPerPoint = 10;
 constexpr double kNoNeighbour = 9999.0;  // squared distance before any neighbour is seen
 // Sampling is quadratic in the count: 25,000 take about 3 s on a 2-core development machine,
-// 10^6 over an hour. From this count on, progress is shown on standard error.
+// 10^6 over an hour. From this count on, progress is shown on the progress stream.
 constexpr int32_t kCountWorthProgress = 25'000;
 
 // One line per tenth of the work done, which grows with the square of the points made.
 class SamplingProgress
 {
 public:
-    explicit SamplingProgress(int32_t count) : count_(count), shown_(count >= kCountWorthProgress) {}
+    explicit SamplingProgress(int32_t count)
+        : count_(count), stream_(count >= kCountWorthProgress ? ProgressStream() : nullptr)
+    {
+    }
 
     void Made(int32_t points)
     {
-        if (!shown_)
+        if (stream_ == nullptr)
             return;
         const double fraction = static_cast<double>(points) / count_;
         const int tenths = static_cast<int>(10.0 * fraction * fraction);
         if (tenths > tenths_)
         {
             tenths_ = tenths;
-            std::fprintf(stderr, "sampling %d orientations: %d%% done\n", count_, 10 * tenths);
+            *stream_ << "sampling " << count_ << " orientations: " << 10 * tenths << "% done\n" << std::flush;
         }
     }
 
 private:
     int32_t count_;
-    bool shown_;
+    std::ostream* stream_;
     int tenths_ = 0;
 };
 

@@ -35,6 +35,13 @@ struct PoseSolve
     Vector6d variances;     // metres squared (0 to 2), then radians squared (3 to 5)
 };
 
+// A score range is used only when both its bounds are above 0; the command line's -1 for both
+// leaves the evaluator's own.
+constexpr bool QualityRangeApplies(double low, double high)
+{
+    return low > 0.0 && high > 0.0;
+}
+
 // Reduces a sensor layout to one tracking-quality score over sampled orientations (lower
 // is better, 0 to 1000), and writes the analysis reports. Reads the layout by reference, so
 // sensors moved in place count at the next evaluation. At most kMaxSensors sensors, with
@@ -65,6 +72,7 @@ public:
     void SampleAnalysisPoses(double fullTurn, double step);
     // Shapes each pose's term so that it swings through the middle of tanh between
     // pose errors `low` and `high` (metres plus radians).
+    // Call only where QualityRangeApplies.
     void SetQualityRange(double low, double high);
 
     // scoreScale times the sum over poses of PoseTerm.
@@ -86,9 +94,9 @@ public:
     // pose order, so the text is the same for any number of workers; so is the state the
     // evaluator is left in: everSeen of every pose, visible and poseVector of the last.
     // Given `directions`, the coverage report also leaves there one record per pose.
-    void WriteCoverageReport(WorkerPool& workers, FILE* out = stdout, FILE* err = stderr,
+    void WriteCoverageReport(WorkerPool& workers, FILE* out, FILE* err,
                              std::vector<DirectionQuality>* directions = nullptr);
-    void WriteSensitivityReport(WorkerPool& workers, FILE* out = stdout, FILE* err = stderr);
+    void WriteSensitivityReport(WorkerPool& workers, FILE* out, FILE* err);
 
     // The pose solve of the score and both reports: puts q in the rotation slots of
     // `poseVector` (the translation is the caller's), updates `visibility` (null without a

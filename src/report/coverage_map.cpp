@@ -244,16 +244,13 @@ std::array<double, 2> PanelPoint(const MapPanel& panel, double yawDegrees, doubl
             panel.top + (90.0 - pitchDegrees) / 180.0 * panel.height};
 }
 
-bool DrawCoverageMap(const std::vector<DirectionQuality>& directions, const CoverageSummary& summary,
-                     const std::string& layoutName, MapFormat format, std::string& bytes)
+Status DrawCoverageMap(const std::vector<DirectionQuality>& directions, const CoverageSummary& summary,
+                       const std::string& layoutName, MapFormat format, std::string& bytes)
 {
     bytes.clear();
     const std::optional<DirectionGrid> grid = GridOf(directions);
     if (!grid)
-    {
-        std::fprintf(stderr, "cannot draw the map: the analysis grid has too few directions\n");
-        return false;
-    }
+        return Status::Failure("cannot draw the map: the analysis grid has too few directions\n");
     SurfacePointer surface(format == MapFormat::kSvg
                                ? cairo_svg_surface_create_for_stream(AppendBytes, &bytes, kMapWidth, kMapHeight)
                                : cairo_image_surface_create(CAIRO_FORMAT_RGB24, kMapWidth, kMapHeight));
@@ -271,12 +268,9 @@ bool DrawCoverageMap(const std::vector<DirectionQuality>& directions, const Cove
         if (status == CAIRO_STATUS_SUCCESS && format == MapFormat::kPng)
             status = cairo_surface_write_to_png_stream(surface.get(), AppendBytes, &bytes);
         if (status != CAIRO_STATUS_SUCCESS)
-        {
-            std::fprintf(stderr, "cannot draw the map: %s\n", cairo_status_to_string(status));
-            return false;
-        }
+            return Status::Failure(std::string("cannot draw the map: ") + cairo_status_to_string(status) + "\n");
     }
-    return true;
+    return {};
 }
 
 } // namespace kelvorig

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/status.h"
+
 #include "quality/direction_quality.h"
 #include "report/coverage_summary.h"
 
@@ -49,9 +51,9 @@ enum class MapFormat
 };
 
 // The two-panel map (position error, visible-sensor count) under a title with the layout's
-// name and headline numbers, as PNG bytes or SVG text. False, said on standard error, when
-// Cairo fails or the directions form no grid.
-bool DrawCoverageMap(const std::vector<DirectionQuality>& directions, const CoverageSummary& summary,
-                     const std::string& layoutName, MapFormat format, std::string& bytes);
+// name and headline numbers, as PNG bytes or SVG text. Fails, saying why, when Cairo fails or
+// the directions form no grid.
+Status DrawCoverageMap(const std::vector<DirectionQuality>& directions, const CoverageSummary& summary,
+                       const std::string& layoutName, MapFormat format, std::string& bytes);
 
 } // namespace kelvorig

@@ -2,10 +2,10 @@
 
 #include "quality/quality_evaluator.h"
 #include "support/angles.h"
+#include "support/formatted_text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
 #include <cstdio>
 #include <numeric>
 #include <tuple>
@@ -87,21 +87,9 @@ Json::Value PathsToJson(const std::vector<std::string>& paths)
     return array;
 }
 
-// printf onto the end of `text`.
-__attribute__((format(printf, 2, 3))) void Append(std::string& text, const char* format, ...)
-{
-    char buffer[512];
-    va_list arguments;
-    va_start(arguments, format);
-    const int length = std::vsnprintf(buffer, sizeof buffer, format, arguments);
-    va_end(arguments);
-    if (length > 0)
-        text.append(buffer, std::min(static_cast<size_t>(length), sizeof buffer - 1));
-}
-
 void AppendPercentiles(std::string& text, const char* name, const ErrorPercentiles& p)
 {
-    Append(text, "  %s: median %.4g, 90 %% %.4g, 99 %% %.4g, max %.4g\n", name, p.p50, p.p90, p.p99, p.max);
+    AppendFormatted(text, "  %s: median %.4g, 90 %% %.4g, 99 %% %.4g, max %.4g\n", name, p.p50, p.p90, p.p99, p.max);
 }
 
 } // namespace
@@ -236,19 +224,19 @@ std::string SummaryBlock(const SummaryInputs& inputs, const CoverageSummary& sum
 {
     const auto& shares = summary.solvableShares;
     std::string text;
-    Append(text, "\nsummary of %s: score %g / %g (lower is better) with %d orientations\n", inputs.layoutName.c_str(),
+    AppendFormatted(text, "\nsummary of %s: score %g / %g (lower is better) with %d orientations\n", inputs.layoutName.c_str(),
            summary.score, kQualityScale, inputs.nOrientations);
-    Append(text, "  directions solvable (%% of solid angle): 100: %.2f, 99: %.2f, 96: %.2f, 0: %.2f\n", shares[0],
+    AppendFormatted(text, "  directions solvable (%% of solid angle): 100: %.2f, 99: %.2f, 96: %.2f, 0: %.2f\n", shares[0],
            shares[1], shares[2], shares[3]);
     AppendPercentiles(text, "position error (mm)", summary.positionMm);
     AppendPercentiles(text, "rotation error (degrees)", summary.rotationDegrees);
-    Append(text, "  sensors seen (%% of directions):");
+    AppendFormatted(text, "  sensors seen (%% of directions):");
     for (size_t i = 0; i < layout.SensorCount(); ++i)
-        Append(text, " %d: %.1f", layout.sensorIds[i], summary.seenPercent[i]);
-    Append(text, "\n  worst directions (yaw, pitch degrees: position mm, rotation degrees, sensors seen):\n");
+        AppendFormatted(text, " %d: %.1f", layout.sensorIds[i], summary.seenPercent[i]);
+    AppendFormatted(text, "\n  worst directions (yaw, pitch degrees: position mm, rotation degrees, sensors seen):\n");
     for (const DirectionQuality& d : summary.worst)
     {
-        Append(text, "    %.1f, %.1f: %.4g, %.4g, %d\n", d.yaw * kDegreesPerRadian, d.pitch * kDegreesPerRadian,
+        AppendFormatted(text, "    %.1f, %.1f: %.4g, %.4g, %d\n", d.yaw * kDegreesPerRadian, d.pitch * kDegreesPerRadian,
                CountedPositionError(d) * 1000.0, CountedRotationError(d) * kDegreesPerRadian, d.visibleCount);
     }
     return text;

@@ -28,6 +28,7 @@ public:
     }
 
     bool ok() const { return code_ == StatusCode::kOk; }
+    explicit operator bool() const { return ok(); }
     StatusCode code() const { return code_; }
     const std::string& message() const { return message_; }
 

@@ -24,7 +24,7 @@ ReadResult Read(const std::string& path, const std::string& text)
     WriteFile(path, text);
     ReadResult result;
     testing::internal::CaptureStderr();
-    result.ok = ReadModel(path, result.model);
+    result.ok = ReadModel(path, result.model).ok();
     result.err = testing::internal::GetCapturedStderr();
     return result;
 }

@@ -8,8 +8,10 @@
 #include <gtest/gtest.h>
 #include <json/reader.h>
 
+#include <cctype>
 #include <filesystem>
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace kelvorig {
@@ -72,7 +74,14 @@ void RunCase(const Json::Value& c, const Json::Value& texts)
         arguments.push_back(Expand(argument.asString(), texts));
     const std::string where = dir.File(c["cwd"].asString());
     test::CliResult result;
-    if (c["binary"].asBool())
+    if (c.isMember("stdout_to"))
+    {
+        // Standard output goes where the case says (a full disk: /dev/full).
+        int waitStatus = 0;
+        waitpid(test::StartKelvorig(arguments, c["stdout_to"].asString(), dir.File("err.txt"), where), &waitStatus, 0);
+        result = {test::ExitStatus(waitStatus), "", test::ReadFile(dir.File("err.txt"))};
+    }
+    else if (c["binary"].asBool())
         result = test::RunKelvorig(arguments, where);
     else
     {
@@ -100,15 +109,37 @@ void RunCase(const Json::Value& c, const Json::Value& texts)
         EXPECT_FALSE(std::filesystem::exists(dir.File(path.asString()))) << path.asString();
 }
 
-TEST(CommandLineCases, EveryCaseOfTheTable)
+const Json::Value& Table()
 {
-    Json::Value table;
-    ASSERT_TRUE(Json::Reader().parse(test::ReadFile(std::string(KELVORIG_SOURCE_DIR) + "/tests/driver/cli_cases.json"),
-                                     table, false));
-    ASSERT_GT(table["cases"].size(), 100u);
-    for (const Json::Value& c : table["cases"])
-        RunCase(c, table["texts"]);
+    static const Json::Value table = []
+    {
+        Json::Value read;
+        Json::Reader().parse(test::ReadFile(std::string(KELVORIG_SOURCE_DIR) + "/tests/driver/cli_cases.json"), read,
+                             false);
+        return read;
+    }();
+    return table;
 }
+
+// Each case is a test of its own, named after it, so that a failure names its case.
+class CommandLineCase : public testing::TestWithParam<Json::ArrayIndex>
+{
+};
+
+TEST_P(CommandLineCase, RunsAsTheTableSays)
+{
+    RunCase(Table()["cases"][GetParam()], Table()["texts"]);
+}
+
+std::string CaseName(const testing::TestParamInfo<Json::ArrayIndex>& info)
+{
+    std::string name = Table()["cases"][info.param]["name"].asString();
+    for (char& c : name)
+        c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, CommandLineCase, testing::Range(0u, Table()["cases"].size()), CaseName);
 
 } // namespace
 } // namespace kelvorig

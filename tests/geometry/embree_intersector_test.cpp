@@ -52,8 +52,8 @@ void Build(const TestMesh& mesh, EmbreeIntersector& intersector)
     using Facets = Eigen::Matrix<int, Eigen::Dynamic, 3, Eigen::RowMajor>;
     const auto n = static_cast<Eigen::Index>(mesh.vertices.size()),
                m = static_cast<Eigen::Index>(mesh.triangles.size());
-    intersector.init(Eigen::Map<const Rows>(mesh.vertices[0].data(), n, 3),
-                     Eigen::Map<const Facets>(mesh.triangles[0].data(), m, 3));
+    EXPECT_TRUE(intersector.init(Eigen::Map<const Rows>(mesh.vertices[0].data(), n, 3),
+                                 Eigen::Map<const Facets>(mesh.triangles[0].data(), m, 3)));
 }
 
 // Random rays at three nested solids, half aimed into a facet, some unnormalised, some with
@@ -117,9 +117,9 @@ TEST(EmbreeIntersector, EmptyMeshesAndRaysThatAreNotNumbersMeetNothing)
                  intersector.intersectRay({0, 0, -std::numeric_limits<float>::infinity()}, up, hit));
     EXPECT_TRUE(intersector.intersectRay(centre, up, hit));
     VertexMatrix V = VertexMatrix::Zero(3, 3);
-    intersector.init(V, TriangleMatrix());
+    EXPECT_TRUE(intersector.init(V, TriangleMatrix()));
     EXPECT_FALSE(intersector.isInitialised());
-    intersector.init(V, TriangleMatrix::Zero(12, 2));
+    EXPECT_TRUE(intersector.init(V, TriangleMatrix::Zero(12, 2)));
     EXPECT_FALSE(intersector.isInitialised());
 }
 

@@ -30,9 +30,9 @@ TEST(ReadMeshList, StacksFilesInOrderOrFailsWhole)
     EXPECT_EQ(V.row(48), tetrahedron.vertices[tetrahedron.triangles[0][0]].transpose());
 
     const VertexMatrix before = V;
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(ReadMeshList(std::vector<std::string>{dir.File("box.stl"), dir.File("missing.stl"), dir.File("other.stl")}, V, F, N));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "IOError: " + dir.File("missing.stl") + " could not be opened...\n");
+    const Status read =
+        ReadMeshList(std::vector<std::string>{dir.File("box.stl"), dir.File("missing.stl"), dir.File("other.stl")}, V, F, N);
+    EXPECT_EQ(read.message(), "IOError: " + dir.File("missing.stl") + " could not be opened...\n");
     EXPECT_EQ(V, before);
 }
 

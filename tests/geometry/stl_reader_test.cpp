@@ -30,9 +30,9 @@ ReadResult ReadContents(const std::string& contents)
     const test::TempDir dir;
     test::WriteFile(dir.File("mesh.stl"), contents);
     ReadResult result;
-    testing::internal::CaptureStderr();
-    result.ok = ReadStlFile(dir.File("mesh.stl"), result.vertices, result.facets, result.normals);
-    result.err = testing::internal::GetCapturedStderr();
+    const Status read = ReadStlFile(dir.File("mesh.stl"), result.vertices, result.facets, result.normals);
+    result.ok = read.ok();
+    result.err = read.message();
     for (size_t at = result.err.find(dir.path()); at != std::string::npos; at = result.err.find(dir.path()))
         result.err.replace(at, dir.path().size() + 1, "");
     return result;
@@ -151,7 +151,7 @@ TEST(StlReaderTest, BytesInMemoryReadAsTheFileDoes)
     {
         const ReadResult file = ReadContents(bytes);
         ReadResult memory;
-        memory.ok = ReadStlBytes("mesh", bytes, memory.vertices, memory.facets, memory.normals);
+        memory.ok = ReadStlBytes("mesh", bytes, memory.vertices, memory.facets, memory.normals).ok();
         EXPECT_TRUE(file.ok && memory.ok && file.vertices == memory.vertices && file.facets == memory.facets &&
                     file.normals == memory.normals);
     }

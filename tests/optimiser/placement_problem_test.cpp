@@ -1,9 +1,11 @@
 #include "optimiser/placement_problem.h"
 
+#include "optimiser/anneal_restarts.h"
 #include "optimiser/sensor_placement_annealer.h"
 #include "quality/quality_evaluator.h"
 #include "support/angles.h"
 #include "support/mesh_surface.h"
+#include "support/worker_pool.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +22,8 @@ struct SolveRun
     std::string console;
 };
 
-// Solve on a fresh box with fixed seeds and 20 orientations, capturing the console.
+// One anneal on a fresh box with fixed seeds and 20 orientations, as the generate run starts
+// it, capturing its progress.
 SolveRun RunSolve(int32_t nSensors, int32_t nIterations, double coolingRate, double low = -1.0, double high = -1.0)
 {
     test::MeshSurface box;
@@ -31,12 +34,12 @@ SolveRun RunSolve(int32_t nSensors, int32_t nIterations, double coolingRate, dou
     problem.qualityLow = low;
     problem.qualityHigh = high;
     problem.annealerSeed = 99;
-    SolveRun run;
-    testing::internal::CaptureStderr();
-    run.model = problem.Solve().value();
-    run.console = testing::internal::GetCapturedStderr();
-    run.finalQuality = problem.finalQuality;
-    return run;
+    std::ostringstream console;
+    problem.progress = &console;
+    WorkerPool callingThread(1);
+    AnnealOutcome outcome;
+    EXPECT_TRUE(AnnealBestOf(problem, 1, std::nullopt, callingThread, outcome));
+    return {outcome.model, outcome.score, console.str()};
 }
 
 // The reported score is that of the returned layout scored afresh by the reference evaluator
@@ -97,7 +100,7 @@ TEST(PlacementProblem, ReportsTheReturnedLayoutsScore)
     const SolveRun none = RunSolve(5, 0, 0.96);
     test::MeshSurface box;
     PlacementLayout first(5);
-    PlacementProblem(5, box.surface()).PlaceInitialSensors(first);
+    ASSERT_TRUE(PlacementProblem(5, box.surface()).PlaceInitialSensors(first));
     EXPECT_EQ(none.model.modelPoints, first.ToModel().modelPoints);
     EXPECT_EQ(none.model.modelNormals, first.ToModel().modelNormals);
     ExpectScoreOfTheLayout(none);

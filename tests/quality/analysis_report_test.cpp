@@ -189,8 +189,7 @@ std::vector<std::string> RunReport(const ReportSetup& setup, int32_t threads)
     test::MeshSurface mesh(test::MakeOccludedCube(), 7);
     std::vector<Eigen::Vector3f> points(10, test::kUnderTheSlab), normals(10, test::kUnderTheSlabNormal);
     for (size_t i = 0; i < 10; ++i)
-        if (i != 4)
-            mesh.surface().SampleSeat(points[i], normals[i]);
+        EXPECT_TRUE(i == 4 || mesh.surface().SampleSeat(points[i], normals[i]));
     SensorLayout layout = test::MakeLayout(points, normals, {0, 1, 2, 3, 17, 5, 6, 7, 8, 9});
     layout.cosMaxIncidence = 0.5;
     QualityEvaluator evaluator;

@@ -29,7 +29,7 @@ void CompareMoves(const Case& c, int (&met)[3])
     test::MeshSurface mesh(test::MakeOccludedCube());
     std::vector<Eigen::Vector3f> points(static_cast<size_t>(c.sensors)), normals(points.size());
     for (size_t i = 0; i < points.size(); ++i)
-        mesh.surface().SampleSeat(points[i], normals[i]);
+        EXPECT_TRUE(mesh.surface().SampleSeat(points[i], normals[i]));
     SensorLayout layout = test::MakeLayout(points, normals);
     layout.cosMaxIncidence = 0.5;
     QualityEvaluator reference;
@@ -67,7 +67,7 @@ void CompareMoves(const Case& c, int (&met)[3])
         const size_t index = static_cast<size_t>((move * 5) % c.sensors);
         const Eigen::Vector3d oldPosition = layout.positions[index], oldNormal = layout.normals[index];
         Eigen::Vector3f position, normal;
-        mesh.surface().SampleSeat(position, normal);
+        EXPECT_TRUE(mesh.surface().SampleSeat(position, normal));
         layout.positions[index] = position.cast<double>();
         layout.normals[index] = normal.cast<double>();
         compare(fast.EvaluateMove(index), move);
