@@ -1,5 +1,7 @@
 #include "cad/scad_writer.h"
 
+#include "support/angles.h"
+
 #include <Eigen/Geometry>
 
 #include <cmath>
@@ -24,7 +26,7 @@ std::string WriteScadFile(const TrackedObjectModel& model, const std::string& su
 {
     std::ostringstream text;
     // Meshes stay in their own unit; this brings them to millimetres.
-    const double meshScale = scale * 1000.0;
+    const double meshScale = scale * kMillimetresPerMetre;
     text << "\n$fn = 40;\n\n";
     text << "scale([" << meshScale << ", " << meshScale << ", " << meshScale << "]) {\n";
     if (!surfacePath.empty())

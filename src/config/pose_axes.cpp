@@ -1,5 +1,7 @@
 #include "config/pose_axes.h"
 
+#include "support/angles.h"
+
 #include <cmath>
 
 namespace kelvorig {
@@ -29,8 +31,6 @@ bool UnitOf(const Eigen::Vector3d& input, Eigen::Vector3d& unit)
 }
 
 constexpr double kFloatEpsilon = 1.1920928955078125e-07;
-constexpr double kHalfPi = 1.5707963267948966;
-constexpr double kPerpendicularLimit = 0.001;
 constexpr double kQuaternionCleanLimit = 1e-10;
 
 } // namespace

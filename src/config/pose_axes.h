@@ -8,6 +8,9 @@
 
 namespace kelvorig {
 
+// Above this |dot product| two unit axes are not perpendicular enough to make a rotation of.
+constexpr double kPerpendicularLimit = 0.001;
+
 // A pose as the device files store it: quaternion x, y, z, w (Hamilton convention), then
 // position x, y, z. Not the quality code's PoseVector, which leads with the translation.
 using CalibrationPose = std::array<double, 7>;

@@ -22,8 +22,6 @@ constexpr const char* kPlusXKey = "imu_plusx_in_trackref";
 constexpr const char* kPlusZKey = "imu_plusz_in_trackref";
 constexpr const char* kResultKey = "trackref_from_imu";
 
-// Above this |dot| the two axes are not perpendicular enough to make a rotation of.
-constexpr double kPerpendicularLimit = 0.001;
 // Below this dot product a computed axis misses the requested one.
 constexpr double kMatchLimit = 0.999;
 

@@ -1,12 +1,13 @@
 #include "geometry/seat_rules.h"
 
+#include "support/angles.h"
+
 #include <sstream>
 #include <utility>
 
 namespace kelvorig {
 namespace {
 
-constexpr double kMetresPerMillimetre = 0.001;
 // Metres a seat may lie beyond its depth limit: seats are 32-bit floats and the hull's planes
 // are joggled, so a seat on an outer face can sit a hair inside it, even under a limit of 0.
 constexpr double kDepthTolerance = 1e-6;

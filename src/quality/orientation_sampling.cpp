@@ -104,16 +104,15 @@ void SampleBestCandidatePoses(int32_t count, std::vector<BaseStationPose>& poses
 
 void SampleGridPoses(double fullTurn, double step, std::vector<BaseStationPose>& poses)
 {
-    constexpr double kQuarterTurn = 1.5707963267948966;
     std::vector<double> ringAngles;
     std::vector<Triple<double>> ring;
-    double theta = -kQuarterTurn;
+    double theta = -kHalfPi;
     do
     {
         ringAngles.push_back(theta);
         ring.push_back({0.0, std::sin(theta), std::cos(theta)});
         theta += step;
-    } while (theta <= kQuarterTurn);
+    } while (theta <= kHalfPi);
 
     poses.clear();
     const double limit = fullTurn * 0.5;

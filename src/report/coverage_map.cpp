@@ -15,7 +15,6 @@
 namespace kelvorig {
 namespace {
 
-constexpr double kDegreesPerRadian = 180.0 / kPi;
 constexpr double kFontSize = 13.0;
 
 struct SurfaceCloser
@@ -207,7 +206,7 @@ void DrawMap(cairo_t* cr, const std::vector<DirectionQuality>& directions, const
 
     PaintCells(cr, kErrorPanel, directions, grid,
                [](const DirectionQuality& d)
-               { return d.solvablePercent == 0 ? kUnsolvableColour : ErrorColour(d.positionError * 1000.0); });
+               { return d.solvablePercent == 0 ? kUnsolvableColour : ErrorColour(d.positionError * kMillimetresPerMetre); });
     int32_t maxCount = 1;
     for (const DirectionQuality& d : directions)
         maxCount = std::max(maxCount, d.visibleCount);

@@ -16,7 +16,6 @@ namespace {
 
 constexpr double kErrorCeiling = 1.0;  // the report's: no usable estimate
 constexpr size_t kWorstCount = 10;
-constexpr double kDegreesPerRadian = 180.0 / kPi;
 
 double Weight(const DirectionQuality& direction)
 {
@@ -123,7 +122,7 @@ CoverageSummary SummariseCoverage(const std::vector<DirectionQuality>& direction
             if (direction.visibleMask >> i & 1u)
                 summary.seenPercent[i] += weight;
         }
-        positions.emplace_back(CountedPositionError(direction) * 1000.0, weight);
+        positions.emplace_back(CountedPositionError(direction) * kMillimetresPerMetre, weight);
         rotations.emplace_back(CountedRotationError(direction) * kDegreesPerRadian, weight);
     }
     const double toPercent = total > 0.0 ? 100.0 / total : 0.0;
@@ -199,7 +198,7 @@ Json::Value SummaryToJson(const SummaryInputs& inputs, const CoverageSummary& su
         Json::Value sensor;
         sensor["id"] = layout.sensorIds[i];
         for (int axis = 0; axis < 3; ++axis)
-            sensor["position_mm"].append(layout.positions[i][axis] * 1000.0);
+            sensor["position_mm"].append(layout.positions[i][axis] * kMillimetresPerMetre);
         sensor["seen_percent"] = summary.seenPercent[i];
         sensors.append(sensor);
     }
@@ -213,7 +212,7 @@ Json::Value SummaryToJson(const SummaryInputs& inputs, const CoverageSummary& su
         entry["pitch_degrees"] = direction.pitch * kDegreesPerRadian;
         entry["visible_sensors"] = direction.visibleCount;
         entry["solvable_percent"] = direction.solvablePercent;
-        entry["position_error_mm"] = CountedPositionError(direction) * 1000.0;
+        entry["position_error_mm"] = CountedPositionError(direction) * kMillimetresPerMetre;
         entry["rotation_error_degrees"] = CountedRotationError(direction) * kDegreesPerRadian;
         worst.append(entry);
     }
@@ -237,7 +236,7 @@ std::string SummaryBlock(const SummaryInputs& inputs, const CoverageSummary& sum
     for (const DirectionQuality& d : summary.worst)
     {
         AppendFormatted(text, "    %.1f, %.1f: %.4g, %.4g, %d\n", d.yaw * kDegreesPerRadian, d.pitch * kDegreesPerRadian,
-               CountedPositionError(d) * 1000.0, CountedRotationError(d) * kDegreesPerRadian, d.visibleCount);
+               CountedPositionError(d) * kMillimetresPerMetre, CountedRotationError(d) * kDegreesPerRadian, d.visibleCount);
     }
     return text;
 }

@@ -1,5 +1,7 @@
 #include "report/html_report.h"
 
+#include "support/angles.h"
+
 #include "geometry/tracked_surface.h"
 #include "report/colour_scale.h"
 #include "report/coverage_map.h"
@@ -137,7 +139,6 @@ std::string SphereData(const std::vector<DirectionQuality>& directions)
     const size_t stride = static_cast<size_t>(std::max(1.0, std::round(kSphereStepDegrees / grid->stepDegrees)));
     const std::vector<size_t> yaws = Strided(grid->yawCount, stride);
     const std::vector<size_t> pitches = Strided(grid->pitchCount, stride);
-    constexpr double kDegreesPerRadian = 57.29577951308232;
     std::string text = "{\"yaws\":[";
     for (size_t i = 0; i < yaws.size(); ++i)
     {
@@ -157,7 +158,7 @@ std::string SphereData(const std::vector<DirectionQuality>& directions)
         {
             const DirectionQuality& d = directions[yaws[i] * grid->pitchCount + pitches[j]];
             text += i + j > 0 ? "," : "";
-            AppendNumber(text, d.solvablePercent == 0 ? -1.0 : d.positionError * 1000.0);
+            AppendNumber(text, d.solvablePercent == 0 ? -1.0 : d.positionError * kMillimetresPerMetre);
         }
     }
     return text + "]}";
