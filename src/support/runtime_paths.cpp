@@ -61,12 +61,6 @@ std::string ExecutablePath()
 
 } // namespace
 
-std::string& RuntimeDriversOverride()
-{
-    static std::string override;
-    return override;
-}
-
 std::string FixSlashes(const std::string& path)
 {
     std::string fixed = path;
@@ -108,9 +102,6 @@ std::string FindChildInAncestors(const std::string& start, const std::string& na
 // current directory is itself the answer.
 std::string RuntimeDriversPath()
 {
-    if (!RuntimeDriversOverride().empty())
-        return RuntimeDriversOverride();
-
     const std::string current = CurrentDirectory();
     std::string root = FindAncestorNamed(current, "Qyrnix");
     if (root.empty())

@@ -12,10 +12,6 @@ std::string ReadRuntimeFile(const std::string& relativePath);
 // directory when nothing is found.
 std::string RuntimeDriversPath();
 
-// Process-wide replacement for RuntimeDriversPath when not empty. The tool itself never
-// sets it.
-std::string& RuntimeDriversOverride();
-
 // a + separator + b, dropping one trailing slash or backslash of a. separator 0 means '/'.
 std::string JoinPath(const std::string& a, const std::string& b, char separator = 0);
 

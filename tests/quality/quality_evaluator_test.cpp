@@ -1,6 +1,6 @@
 #include "quality/quality_evaluator.h"
 
-#include "quality/orientation_sampling.h"
+#include "optimiser/anneal_settings.h"
 #include "quality/reference_pose_error.h"
 
 #include <gtest/gtest.h>
@@ -23,34 +23,6 @@ SensorLayout SpreadLayout()
                 normals.push_back(axis * sign + Eigen::Vector3f(0.1f, -0.05f, 0.07f));
             }
     return test::MakeLayout(points, normals);
-}
-
-TEST(QualityEvaluator, EdgeCases)
-{
-    QualityEvaluator evaluator;
-    EXPECT_EQ(evaluator.poseVector(), (PoseVector{0.0, 0.0, -2.0, 1.0, 0.0, 0.0, 0.0}));
-    EXPECT_EQ(evaluator.visibility(), nullptr);
-    const SensorLayout layout = SpreadLayout();
-    evaluator.SetModel(layout);
-    EXPECT_EQ(std::make_tuple(evaluator.EvaluateQuality(), evaluator.scoreScale()), std::make_tuple(0.0, 1.0));  // no poses
-    evaluator.SampleOrientations(0);
-    EXPECT_TRUE(std::isnan(evaluator.EvaluateQuality()));
-    EXPECT_TRUE(std::isinf(evaluator.scoreScale()));
-    // The first pose is +Z with a record that is not a number: it costs 2.0 whatever the
-    // layout, so one pose scores 1000 (the scale is 500 over the count).
-    evaluator.SampleOrientations(1);
-    EXPECT_EQ(std::make_tuple(evaluator.EvaluateQuality(), evaluator.scoreScale()), std::make_tuple(1000.0, 500.0));
-    EXPECT_EQ(evaluator.PoseTerm(evaluator.poses()[0]), 2.0);
-    evaluator.SampleOrientations(1250);
-    EXPECT_EQ(evaluator.scoreScale(), 0.4);
-
-    // With nothing to see every pose costs the penalty: the score's ceiling of 1000.
-    const SensorLayout empty = test::MakeLayout({}, {});
-    QualityEvaluator nothing, noModel;
-    nothing.SetModel(empty);
-    nothing.SampleOrientations(50);
-    noModel.SampleOrientations(50);
-    EXPECT_EQ(std::make_tuple(nothing.EvaluateQuality(), noModel.EvaluateQuality()), std::make_tuple(1000.0, 1000.0));
 }
 
 // Each pose's term is the squashed pose error of the independent model, and the score is
@@ -86,10 +58,10 @@ TEST(QualityEvaluator, TermsMatchIndependentPoseError)
     EXPECT_EQ(evaluator.EvaluateQuality(), evaluator.scoreScale() * sum);
 }
 
-TEST(OrientationSpacing, TightensTheIncidenceLimitByRadiansTakenFromDegrees)
+// The anneal's limit loses half the orientations' spacing, radians taken from degrees.
+TEST(AnnealSettings, TightenTheIncidenceLimitByRadiansTakenFromDegrees)
 {
-    EXPECT_NEAR(60.0 - 0.5 * OrientationSpacing(1250), 59.946, 0.0005);
-    EXPECT_TRUE(std::isnan(OrientationSpacing(3)));
+    EXPECT_NEAR((AnnealSettings{1250, 3, 0.96, 60.0, -1.0, -1.0}.IncidenceLimitDegrees()), 59.946, 0.0005);
 }
 
 // note: pins the score's arithmetic, and so the sampled orientations and the squashing curve

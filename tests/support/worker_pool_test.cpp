@@ -24,13 +24,6 @@ int ProcessorCountOfThisThread()
 // that does it.
 const int kStartupProcessorCount = ProcessorCountOfThisThread();
 
-TEST(WorkerPool, SizeCountsTheCallingThread)
-{
-    const int32_t logical = static_cast<int32_t>(std::max(1u, std::thread::hardware_concurrency()));
-    EXPECT_EQ(std::make_tuple(WorkerPool(1).Size(), WorkerPool(3).Size(), WorkerPool(0).Size(), WorkerPool(-2).Size()),
-              std::make_tuple(1, 3, logical, logical));
-}
-
 // Every item lands in exactly one range of at most `grain` items, on a worker of the pool,
 // for many loops in a row on the same threads; a pool of one runs the ranges on the calling
 // thread in order.
