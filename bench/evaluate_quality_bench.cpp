@@ -35,7 +35,7 @@ void Prepare(Fixture& fixture, int count, bool occlusion)
     for (int i = 0; i < count; ++i)
     {
         Eigen::Vector3f position, normal;
-        fixture.surface->SampleSeat(position, normal);
+        static_cast<void>(fixture.surface->SampleSeat(position, normal));
         model.channelMap.push_back(i);
         model.modelPoints.push_back(position);
         model.modelNormals.push_back(normal);

@@ -53,7 +53,7 @@ Outcome RunAnneal(int32_t sensors, int32_t orientations, SensorPlacementAnnealer
     }
     PlacementLayout layout(sensors);
     layout.cosMaxIncidence = std::cos(DegreesToRadians(60.0 - 0.5 * OrientationSpacing(orientations)));
-    PlacementProblem(sensors, surface).PlaceInitialSensors(layout);
+    static_cast<void>(PlacementProblem(sensors, surface).PlaceInitialSensors(layout));
 
     WorkerPool workers(threads);
     SensorPlacementAnnealer annealer(layout, surface, kIterations, orientations, kCoolingRate, -1.0, -1.0,
@@ -64,12 +64,10 @@ Outcome RunAnneal(int32_t sensors, int32_t orientations, SensorPlacementAnnealer
     outcome.scores.reserve(20000);
     annealer.ObserveScores([&outcome](double score) { outcome.scores.push_back(score); });
 
-    std::streambuf* console = std::cerr.rdbuf(nullptr);  // no progress dots
     const auto start = std::chrono::steady_clock::now();
-    annealer.Anneal();
+    TrackedObjectModel best;
+    static_cast<void>(annealer.Anneal(best));
     const auto stop = std::chrono::steady_clock::now();
-    std::cerr.rdbuf(console);
-    std::cerr.clear();
 
     outcome.seconds = std::chrono::duration<double>(stop - start).count();
     return outcome;

@@ -8,6 +8,7 @@
 
 #include "geometry/tracked_surface.h"
 #include "optimiser/anneal_restarts.h"
+#include "optimiser/anneal_settings.h"
 #include "optimiser/placement_problem.h"
 #include "quality/orientation_sampling.h"
 #include "support/worker_pool.h"
@@ -26,11 +27,7 @@ constexpr int32_t kRestarts = 8;
 PlacementProblem DefaultProblem(TrackedSurface& surface)
 {
     PlacementProblem problem(kSensors, surface);
-    problem.nOrientations = kOrientations;
-    problem.nIterations = 3;
-    problem.coolingRate = 0.96;
-    problem.incidenceLimitDegrees = 60.0 - 0.5 * OrientationSpacing(kOrientations);
-    problem.showProgress = false;
+    AnnealSettings{kOrientations, 3, 0.96, 60.0, -1.0, -1.0}.ApplyTo(problem);
     return problem;
 }
 
@@ -56,11 +53,11 @@ int main(int argc, char** argv)
     WorkerPool workers(0);
 
     auto start = std::chrono::steady_clock::now();
-    const std::optional<AnnealOutcome> bestTogether = AnnealBestOf(problem, kRestarts, firstSeed, workers);
+    AnnealOutcome together;
+    const Status annealed = AnnealBestOf(problem, kRestarts, firstSeed, workers, together);
     const double togetherSeconds = SecondsSince(start);
-    if (!bestTogether)
+    if (!annealed)
         return 1;
-    const AnnealOutcome& together = *bestTogether;
     std::printf("/restarts %d side by side: %8.2f s, best %g (seed %u)\n", kRestarts, togetherSeconds,
                 together.score, *together.seed);
     std::fflush(stdout);
@@ -69,10 +66,9 @@ int main(int argc, char** argv)
     AnnealOutcome best;
     for (int32_t i = 0; i < kRestarts; ++i)
     {
-        std::optional<AnnealOutcome> run = AnnealBestOf(problem, 1, firstSeed + static_cast<uint32_t>(i), workers);
-        if (!run)
+        AnnealOutcome single;
+        if (!AnnealBestOf(problem, 1, firstSeed + static_cast<uint32_t>(i), workers, single))
             return 1;
-        AnnealOutcome& single = *run;
         std::printf("  single run, seed %u: %g\n", *single.seed, single.score);
         std::fflush(stdout);
         if (i == 0 || single.score < best.score)

@@ -49,7 +49,7 @@ void BM_SampleSeat(benchmark::State& state)
     Eigen::Vector3f normal;
     for (auto _ : state)
     {
-        shell.SampleSeat(position, normal);
+        static_cast<void>(shell.SampleSeat(position, normal));
         benchmark::DoNotOptimize(position);
     }
 }
@@ -63,7 +63,7 @@ void BM_SampleSeatNear(benchmark::State& state)
     for (auto _ : state)
     {
         normal = Eigen::Vector3f::UnitZ();
-        shell.SampleSeatNear(position, normal, 0.9f);
+        static_cast<void>(shell.SampleSeatNear(position, normal, 0.9f));
         benchmark::DoNotOptimize(position);
     }
 }

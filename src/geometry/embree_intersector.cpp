@@ -62,7 +62,11 @@ struct SharedEmbree
 
 SharedEmbree CreateDevice()
 {
-    // One build worker per logical processor, started up front and pinned.
+    // One build worker per logical processor, started up front and pinned, as the tool has
+    // always started them. note: pinning is neither faster nor slower here (the default anneal
+    // of the bundled example took 2.5, 3.2 and 2.6 s pinned against 2.4, 3.1 and 2.7 s
+    // unpinned), but Embree pins the calling thread too, which the guard in init undoes, and
+    // the worker pool starts its threads with the process's own processor set for the same reason.
     RTCDevice device = rtcNewDevice("threads=0,set_affinity=1,start_threads=1");
     const RTCError error = rtcGetDeviceError(device);
     if (device == nullptr || error != RTC_ERROR_NONE)
