@@ -27,9 +27,8 @@ struct Fixture
 // Seats `count` sensors on the shell and prepares an evaluator as the annealer does.
 void Prepare(Fixture& fixture, int count, bool occlusion)
 {
-    fixture.surface =
-        std::make_unique<TrackedSurface>(KELVORIG_SOURCE_DIR "/examples/hmd_shell.stl", std::vector<std::string>{},
-                                         kFixedSeed);
+    fixture.surface = std::make_unique<TrackedSurface>(KELVORIG_SOURCE_DIR "/examples/hmd_shell.stl",
+                                                       std::vector<std::string>{}, kFixedSeed);
     TrackedObjectModel model;
     model.valid = true;
     for (int i = 0; i < count; ++i)

@@ -39,7 +39,7 @@ constexpr uint32_t kAnnealerSeed = 5678;
 struct Outcome
 {
     double seconds = 0.0;
-    std::vector<double> scores;  // the first layout's, then one per move
+    std::vector<double> scores; // the first layout's, then one per move
 };
 
 // One anneal from the same first layout; only the scoring and the thread count differ.
@@ -93,10 +93,9 @@ void PrintRun(int run, const char* name, const Outcome& outcome)
 {
     // The first score is the first (best-candidate) layout's, the lowest is the result's.
     const double first = outcome.scores.empty() ? 0.0 : outcome.scores.front();
-    const double best =
-        outcome.scores.empty() ? 0.0 : *std::min_element(outcome.scores.begin(), outcome.scores.end());
-    std::printf("run %d, %-26s %8.3f s  (%zu scores, first layout %.9g, best %.9g)\n", run + 1, name,
-                outcome.seconds, outcome.scores.size(), first, best);
+    const double best = outcome.scores.empty() ? 0.0 : *std::min_element(outcome.scores.begin(), outcome.scores.end());
+    std::printf("run %d, %-26s %8.3f s  (%zu scores, first layout %.9g, best %.9g)\n", run + 1, name, outcome.seconds,
+                outcome.scores.size(), first, best);
     std::fflush(stdout);
 }
 

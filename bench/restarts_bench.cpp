@@ -58,8 +58,8 @@ int main(int argc, char** argv)
     const double togetherSeconds = SecondsSince(start);
     if (!annealed)
         return 1;
-    std::printf("/restarts %d side by side: %8.2f s, best %g (seed %u)\n", kRestarts, togetherSeconds,
-                together.score, *together.seed);
+    std::printf("/restarts %d side by side: %8.2f s, best %g (seed %u)\n", kRestarts, togetherSeconds, together.score,
+                *together.seed);
     std::fflush(stdout);
 
     start = std::chrono::steady_clock::now();

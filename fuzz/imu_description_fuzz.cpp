@@ -9,6 +9,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     std::ostringstream out;
-    static_cast<void>(kelvorig::TrackrefFromText("fuzz.json", std::string(reinterpret_cast<const char*>(data), size), out, out));
+    static_cast<void>(
+        kelvorig::TrackrefFromText("fuzz.json", std::string(reinterpret_cast<const char*>(data), size), out, out));
     return 0;
 }

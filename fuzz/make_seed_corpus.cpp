@@ -27,7 +27,7 @@ void WriteMeshes(const std::string& folder)
 {
     using test::TestMesh;
     const TestMesh box = test::MakeBox(Eigen::Vector3f(0.18f, 0.11f, 0.09f));
-    const TestMesh sphere = test::MakeSphere(60.0f, 3, 6);  // millimetres
+    const TestMesh sphere = test::MakeSphere(60.0f, 3, 6); // millimetres
     test::WriteFile(folder + "/box_binary.stl", test::BinaryStl(box));
     test::WriteFile(folder + "/box_text.stl", test::TextStl(box));
     test::WriteFile(folder + "/sphere_binary.stl", test::BinaryStl(sphere));

@@ -65,7 +65,7 @@ std::string WriteScadFile(const TrackedObjectModel& model, const std::string& su
     text << "module sensor(spec) {\n";
     text << "\tcolor(spec[1])\n";
     if (withScadNormals)
-        text << "\t\tcylinder(r1 = 0.0025, r2 = 0, h = 0.005);\n";  // a cone pointing along the normal
+        text << "\t\tcylinder(r1 = 0.0025, r2 = 0, h = 0.005);\n"; // a cone pointing along the normal
     else
         text << "\t\tcylinder(r = 0.0025, h = 0.001);\n";
     text << "}\n";

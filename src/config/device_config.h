@@ -18,10 +18,10 @@ struct DeviceSection
 {
     int32_t eye_target_width_in_pixels = 0;
     int32_t eye_target_height_in_pixels = 0;
-    int32_t num_windows = 0;  // 2 pairs the two display_edid texts
-    float nominal_rate = 0.0f;  // no key: 90 after reading, read by nothing
-    int32_t first_eye = 0;  // eye enumerator of the first eye in use
-    int32_t last_eye = 0;   // eye enumerator of the last eye in use
+    int32_t num_windows = 0;   // 2 pairs the two display_edid texts
+    float nominal_rate = 0.0f; // no key: 90 after reading, read by nothing
+    int32_t first_eye = 0;     // eye enumerator of the first eye in use
+    int32_t last_eye = 0;      // eye enumerator of the last eye in use
 
     // Width, height and window count all at least 1.
     bool IsDeviceSectionComplete() const;
@@ -37,7 +37,7 @@ struct EyeCalibration
     DistortionModel distortion_blue;
     float undistort_r2_cutoff = 0.0f;
     float grow_for_undistort = 0.0f;
-    bool has_eye_to_head = false;  // the file held "eye_to_head"
+    bool has_eye_to_head = false; // the file held "eye_to_head"
 };
 
 // The whole calibration and identity record of one tracked device, as a device file holds
@@ -48,8 +48,8 @@ public:
     static constexpr int kEyeCount = 2;
 
     std::string type;
-    int32_t device_class = 1;  // 1 hmd, 2 controller, 3 generic tracker
-    int32_t format = 0;        // 0 flat, 1 with "imu" and "head" objects
+    int32_t device_class = 1; // 1 hmd, 2 controller, 3 generic tracker
+    int32_t format = 0;       // 0 flat, 1 with "imu" and "head" objects
     uint32_t revision = 0;
     uint32_t device_vid = 0;
     uint32_t device_pid = 0;
@@ -59,10 +59,10 @@ public:
     std::string model_number;
     std::string attached_device_id;
     DeviceSection device;
-    std::array<EyeCalibration, kEyeCount> eyes;  // key "tracking_to_eye_transform"
+    std::array<EyeCalibration, kEyeCount> eyes; // key "tracking_to_eye_transform"
     std::string tracking_camera_intrinsics;
     uint32_t tracking_camera_unique_id = 0;
-    std::array<std::string, kEyeCount> display_edid;  // by eye
+    std::array<std::string, kEyeCount> display_edid; // by eye
     uint32_t direct_mode_edid_vid = 0;
     uint32_t direct_mode_edid_pid = 0;
     float seconds_from_vsync_to_photons = 0.0f;
@@ -87,8 +87,8 @@ public:
     TrackedObjectModel pharoscope_config;
     TrackedCameraConfig tracked_camera;
     std::string tracked_controller_role;
-    std::string resource_root;  // lower case
-    std::string firmware_config;  // compact JSON text ending in a line feed
+    std::string resource_root;   // lower case
+    std::string firmware_config; // compact JSON text ending in a line feed
 
     DeviceConfig();
 

@@ -25,8 +25,8 @@ Json::Value ReadMember(const Json::Value& object, const char* key)
 }
 
 // The four IMU calibration triples; a missing one reads as zeros, scales included.
-void ReadImuCalibration(const Json::Value& object, TripleFloat& gyroBias, TripleFloat& gyroScale,
-                        TripleFloat& accBias, TripleFloat& accScale)
+void ReadImuCalibration(const Json::Value& object, TripleFloat& gyroBias, TripleFloat& gyroScale, TripleFloat& accBias,
+                        TripleFloat& accScale)
 {
     gyroBias = ReadTripleFloat(ReadMember(object, "gyro_bias"));
     gyroScale = ReadTripleFloat(ReadMember(object, "gyro_scale"));

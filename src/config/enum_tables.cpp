@@ -30,7 +30,9 @@ int32_t ValueOfName(EnumTable& table, const char* name)
 } // namespace
 
 EnumTable::EnumTable(char* declaration, const int64_t* values, int count)
-    : declaration_(declaration), values_(values), count_(count)
+    : declaration_(declaration),
+      values_(values),
+      count_(count)
 {
 }
 

@@ -2,7 +2,6 @@
 
 #include "support/status.h"
 
-
 #include <ostream>
 #include <string>
 

@@ -28,7 +28,7 @@ Status ReadStandaloneSection(const std::string& name, const std::string& text, T
     }
     catch (const Json::Exception& exception)
     {
-        failure = exception.what();  // the reader's own limits, such as nesting over 1000 deep
+        failure = exception.what(); // the reader's own limits, such as nesting over 1000 deep
     }
     if (!failure.empty())
         return Status::Failure("couldn't parse standalone pharoscope_config " + name + ": " + failure + "\n");

@@ -14,8 +14,8 @@ double HalfGrowth(int32_t undistorted, int32_t plain)
 
 bool TrackedCameraConfig::IsWritable() const
 {
-    return !distort.IsTrivial() && width != 0 && height != 0 && focal_x != 0.0 && center_x != 0.0 &&
-           focal_y != 0.0 && center_y != 0.0;
+    return !distort.IsTrivial() && width != 0 && height != 0 && focal_x != 0.0 && center_x != 0.0 && focal_y != 0.0 &&
+           center_y != 0.0;
 }
 
 void TrackedCameraConfig::ReadIntrinsics(const Json::Value& intrinsics)

@@ -27,8 +27,7 @@ struct TrackedCameraConfig
 
     // The calibration of the one camera mounting known here, used until a file names another.
     static constexpr CalibrationPoseFloat kDefaultHeadFromCamera = {
-        -0.21644000709056854f, 0.0f, 0.0f, 0.9762960076332092f, 0.0f, -0.03817800059914589f,
-        -0.07429400086402893f};
+        -0.21644000709056854f, 0.0f, 0.0f, 0.9762960076332092f, 0.0f, -0.03817800059914589f, -0.07429400086402893f};
 
     // Only a camera with a real distortion and nonzero sizes, focal lengths and centres is
     // written out.

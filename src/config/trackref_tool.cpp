@@ -127,8 +127,7 @@ Status TrackrefFromFile(const std::string& path, std::ostream& out, std::ostream
     }
 }
 
-Status TrackrefFromText(const std::string& name, const std::string& text, std::ostream& out,
-                        std::ostream& warnings)
+Status TrackrefFromText(const std::string& name, const std::string& text, std::ostream& out, std::ostream& warnings)
 {
     // A value of the wrong JSON type, or nesting past the reader's limit, makes the library
     // throw; either is an unreadable input file.

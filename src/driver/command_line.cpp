@@ -46,7 +46,7 @@ bool Store(const SwitchRow& row, std::span<const std::string> values, CommandOpt
     {
         const char* begin = values[0].c_str();
         char* end = nullptr;
-        const long long seed = std::strtoll(begin, &end, 10);  // saturates when out of range
+        const long long seed = std::strtoll(begin, &end, 10); // saturates when out of range
         if (end == begin)
             return false;
         options.*std::get<std::optional<int64_t> CommandOptions::*>(row.field) = seed;

@@ -32,8 +32,8 @@ int RunCoverage(const CommandOptions& options, TrackedSurface& surface)
         model.modelPoints.push_back(position);
         model.modelNormals.push_back(normal);
     }
-    const std::string text = WriteScadFile(model, surface.surfacePath(), surface.obstaclePaths(),
-                                           surface.unitScale(), options.withScadNormals, options.keepOutPaths);
+    const std::string text = WriteScadFile(model, surface.surfacePath(), surface.obstaclePaths(), surface.unitScale(),
+                                           options.withScadNormals, options.keepOutPaths);
     return WriteOutputFile(options.outScadPath, text) ? 0 : 1;
 }
 

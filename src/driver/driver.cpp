@@ -3,10 +3,10 @@
 #include "config/model_file.h"
 #include "driver/analysis_run.h"
 #include "driver/command_line.h"
-#include "driver/option_checks.h"
 #include "driver/coverage_run.h"
 #include "driver/generate_run.h"
 #include "driver/model_drawing_run.h"
+#include "driver/option_checks.h"
 #include "driver/placement_switches.h"
 #include "driver/tool_run.h"
 #include "geometry/tracked_surface.h"
@@ -64,7 +64,8 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
     std::unique_ptr<SeatRules> seatRules;
     if (!options.sensorsPath.empty())
     {
-        surface = std::make_unique<TrackedSurface>(options.sensorsPath, options.obstaclePaths, SurfaceLoadingOf(options));
+        surface =
+            std::make_unique<TrackedSurface>(options.sensorsPath, options.obstaclePaths, SurfaceLoadingOf(options));
         std::cerr << surface->warnings();
         if (!surface->isBuilt())
         {

@@ -42,8 +42,8 @@ bool CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSe
 
 AnnealSettings AnnealSettingsOf(const CommandOptions& options)
 {
-    return {options.nOrientations, options.nIterations, options.coolingRate, options.maxIncidenceAngle,
-            options.qualityLow, options.qualityHigh};
+    return {options.nOrientations,     options.nIterations, options.coolingRate,
+            options.maxIncidenceAngle, options.qualityLow,  options.qualityHigh};
 }
 
 namespace {

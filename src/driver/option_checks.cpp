@@ -138,7 +138,8 @@ double TemperatureCount(double coolingRate)
 // restart, counts as one at least, since running through it takes time all the same.
 bool CheckAnnealSize(const CommandOptions& options)
 {
-    const double movesPerTemperature = std::max(1.0, static_cast<double>(int64_t{options.nSensors} * options.nIterations));
+    const double movesPerTemperature =
+        std::max(1.0, static_cast<double>(int64_t{options.nSensors} * options.nIterations));
     const double moves = TemperatureCount(options.coolingRate) * movesPerTemperature * options.restarts;
     if (moves > kMaxAnnealMoves)
     {
@@ -168,9 +169,9 @@ bool CheckAnalysisGrid(const CommandOptions& options)
     const double rows = (std::floor(kPi / step) + 1.0) * (std::floor(kFullTurn / step) + 1.0);
     if (rows > kMaxAnalysisRows)
     {
-        std::fprintf(stderr,
-                     "/angleresolutiondegrees %g would make a grid of %.3g rows: more than the %.0f a report can take\n",
-                     options.angleResolutionDegrees, rows, kMaxAnalysisRows);
+        std::fprintf(
+            stderr, "/angleresolutiondegrees %g would make a grid of %.3g rows: more than the %.0f a report can take\n",
+            options.angleResolutionDegrees, rows, kMaxAnalysisRows);
         return false;
     }
     return true;

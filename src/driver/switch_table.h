@@ -17,8 +17,8 @@ namespace kelvorig {
 enum class SwitchUse
 {
     kAnyRun,
-    kReport,  // the analysis run, and the generate run (which scores and reports)
-    kAnneal   // the generate run only
+    kReport, // the analysis run, and the generate run (which scores and reports)
+    kAnneal  // the generate run only
 };
 
 // The values a numeric switch accepts, with the words that say so.
@@ -26,13 +26,13 @@ struct SwitchRange
 {
     double low = 0.0;
     double high = 0.0;
-    bool lowOpen = false;  // low itself refused
+    bool lowOpen = false; // low itself refused
     bool highOpen = false;
     bool zeroRefused = false;
-    const char* requirement = "";  // "the count must be a whole number, 1 or more"
+    const char* requirement = ""; // "the count must be a whole number, 1 or more"
     // A documented size limit with its own words, checked after the range:
     // "<switch> <value> is more than the <limit> <limitWhat>".
-    double limit = 0.0;  // 0: none
+    double limit = 0.0; // 0: none
     const char* limitWhat = "";
 };
 
@@ -41,16 +41,16 @@ struct SwitchRow
 {
     enum class Kind
     {
-        kFlag,            // no value
-        kText,            // one value, last use wins
-        kTextList,        // one value, appended at each use
-        kCount,           // a whole number, 32 bits
-        kSeed,            // a whole number, 0 to 2^32 - 1
-        kReal,            // a finite number
-        kOptionalReal,    // a finite number, and the field records that it was given
-        kDegreesRadians,  // a finite number of degrees, stored in radians
-        kRealPair,        // two finite numbers, put in order (/qualityrange)
-        kTool             // ends the reading; the rest of the line is the tool's
+        kFlag,           // no value
+        kText,           // one value, last use wins
+        kTextList,       // one value, appended at each use
+        kCount,          // a whole number, 32 bits
+        kSeed,           // a whole number, 0 to 2^32 - 1
+        kReal,           // a finite number
+        kOptionalReal,   // a finite number, and the field records that it was given
+        kDegreesRadians, // a finite number of degrees, stored in radians
+        kRealPair,       // two finite numbers, put in order (/qualityrange)
+        kTool            // ends the reading; the rest of the line is the tool's
     };
     using Field =
         std::variant<std::monostate, bool CommandOptions::*, std::string CommandOptions::*,

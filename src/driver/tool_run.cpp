@@ -59,7 +59,7 @@ int RunFormatConversion(const std::vector<std::string>& arguments, std::ostream&
 
 int RunTool(const CommandOptions& options, std::ostream& out)
 {
-    errno = 0;  // what a failed write of the tool leaves here names the reason
+    errno = 0; // what a failed write of the tool leaves here names the reason
 
     if (options.tool == CommandOptions::Tool::kFormatConvert)
         return RunFormatConversion(options.toolArguments, out);

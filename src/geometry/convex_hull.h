@@ -25,8 +25,8 @@ public:
     size_t PlaneCount() const { return normals_.size(); }
 
 private:
-    std::vector<Eigen::Vector3d> normals_;  // outward, unit length
-    std::vector<double> offsets_;           // a point x lies inside when normal . x + offset <= 0
+    std::vector<Eigen::Vector3d> normals_; // outward, unit length
+    std::vector<double> offsets_;          // a point x lies inside when normal . x + offset <= 0
 };
 
 } // namespace kelvorig

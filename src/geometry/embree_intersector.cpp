@@ -35,13 +35,20 @@ const char* ErrorName(RTCError error)
 {
     switch (error)
     {
-    case RTC_ERROR_NONE: return "no error";
-    case RTC_ERROR_INVALID_ARGUMENT: return "invalid argument";
-    case RTC_ERROR_INVALID_OPERATION: return "invalid operation";
-    case RTC_ERROR_OUT_OF_MEMORY: return "out of memory";
-    case RTC_ERROR_UNSUPPORTED_CPU: return "unsupported CPU";
-    case RTC_ERROR_CANCELLED: return "cancelled";
-    default: return "unknown error";
+    case RTC_ERROR_NONE:
+        return "no error";
+    case RTC_ERROR_INVALID_ARGUMENT:
+        return "invalid argument";
+    case RTC_ERROR_INVALID_OPERATION:
+        return "invalid operation";
+    case RTC_ERROR_OUT_OF_MEMORY:
+        return "out of memory";
+    case RTC_ERROR_UNSUPPORTED_CPU:
+        return "unsupported CPU";
+    case RTC_ERROR_CANCELLED:
+        return "cancelled";
+    default:
+        return "unknown error";
     }
 }
 
@@ -91,8 +98,8 @@ const SharedEmbree& Shared()
 bool IsTraceable(const Eigen::Vector3f& origin, const Eigen::Vector3f& direction, float tnear, float tfar)
 {
     constexpr float kLargestCoordinate = 1.844e18f;
-    return (origin.array().abs() <= kLargestCoordinate).all() && (direction.array().abs() <= kLargestCoordinate).all() &&
-           !std::isnan(tnear) && !std::isnan(tfar);
+    return (origin.array().abs() <= kLargestCoordinate).all() &&
+           (direction.array().abs() <= kLargestCoordinate).all() && !std::isnan(tnear) && !std::isnan(tfar);
 }
 
 } // namespace

@@ -14,10 +14,10 @@ namespace kelvorig {
 
 struct RayHit
 {
-    int32_t primitiveId = -1;  // row of the combined triangle list
+    int32_t primitiveId = -1; // row of the combined triangle list
     float hitU = 0.0f;
     float hitV = 0.0f;
-    float hitDistance = 0.0f;  // ray parameter at the hit
+    float hitDistance = 0.0f; // ray parameter at the hit
 };
 
 // Closest-hit ray queries over a triangle mesh, on Embree. Both faces of a triangle count.
@@ -42,8 +42,8 @@ public:
     // True when a triangle lies along the ray with its parameter between tnear and tfar;
     // then `hit` is filled with the closest such triangle, otherwise left alone. The ray
     // parameter is in units of |direction|. Allocates nothing.
-    bool intersectRay(const Eigen::Vector3f& origin, const Eigen::Vector3f& direction, RayHit& hit,
-                      float tnear = 0.0f, float tfar = std::numeric_limits<float>::infinity()) const;
+    bool intersectRay(const Eigen::Vector3f& origin, const Eigen::Vector3f& direction, RayHit& hit, float tnear = 0.0f,
+                      float tfar = std::numeric_limits<float>::infinity()) const;
 
     bool isInitialised() const;
 

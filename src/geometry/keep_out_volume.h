@@ -21,7 +21,7 @@ public:
     bool Contains(const Eigen::Vector3f& point) const;
 
 private:
-    std::vector<Eigen::Vector3d> corners_;  // 3 per facet
+    std::vector<Eigen::Vector3d> corners_; // 3 per facet
     Eigen::Vector3d low_;
     Eigen::Vector3d high_;
 };

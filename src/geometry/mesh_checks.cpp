@@ -111,7 +111,7 @@ MeshProblems FindMeshProblems(const VertexMatrix& V, const TriangleMatrix& F, co
     for (Eigen::Index row = 0; row < V.rows(); ++row)
         problems.nonFiniteVertices += V.row(row).allFinite() ? 0 : 1;
 
-    double volume = 0.0;  // six times the volume the winding encloses
+    double volume = 0.0; // six times the volume the winding encloses
     for (Eigen::Index facet = 0; facet < F.rows(); ++facet)
     {
         const Eigen::Vector3d stored = N.row(facet).transpose().cast<double>();
@@ -131,11 +131,13 @@ MeshProblems FindMeshProblems(const VertexMatrix& V, const TriangleMatrix& F, co
     return problems;
 }
 
-void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems, bool storedNormalsUsed)
+void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems,
+                        bool storedNormalsUsed)
 {
     if (storedNormalsUsed)
     {
-        Warn(warnings, path, "%lld of %lld facets have a stored normal that is zero or not finite (/normalsfromwinding ignores them)",
+        Warn(warnings, path,
+             "%lld of %lld facets have a stored normal that is zero or not finite (/normalsfromwinding ignores them)",
              problems.badStoredNormals, problems.facets);
         Warn(warnings, path,
              "%lld of %lld facets have a stored normal more than 90 degrees from their winding's (/normalsfromwinding "
@@ -146,19 +148,21 @@ void WarnOfMeshProblems(std::string& warnings, const std::string& path, const Me
          problems.insideOut ? problems.facets : 0, problems.facets);
     Warn(warnings, path, "%lld of %lld vertices are not finite", problems.nonFiniteVertices, problems.vertices);
     Warn(warnings, path, "%lld of %lld facets have zero area", problems.zeroAreaFacets, problems.facets);
-    Warn(warnings, path, "%lld open edges (used by one facet only) in %lld facets", problems.openEdges, problems.facets);
+    Warn(warnings, path, "%lld open edges (used by one facet only) in %lld facets", problems.openEdges,
+         problems.facets);
 }
 
-void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float diagonal, double unitScale, bool inferred)
+void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float diagonal, double unitScale,
+                           bool inferred)
 {
     const double metres = static_cast<double>(diagonal) * unitScale;
     if (!(metres < kSmallestDevice || metres > kLargestDevice))
         return;
     AppendFormatted(warnings,
-                 "WARNING: \"%s\": a box diagonal of %g %s (%s) is implausible for a hand-held or head-worn device "
-                 "(20 mm to 2 m); /meshunit mm|cm|m|in sets the unit\n",
-                 path.c_str(), static_cast<double>(diagonal), UnitName(unitScale).c_str(),
-                 inferred ? "unit inferred from the size" : "unit from /meshunit");
+                    "WARNING: \"%s\": a box diagonal of %g %s (%s) is implausible for a hand-held or head-worn device "
+                    "(20 mm to 2 m); /meshunit mm|cm|m|in sets the unit\n",
+                    path.c_str(), static_cast<double>(diagonal), UnitName(unitScale).c_str(),
+                    inferred ? "unit inferred from the size" : "unit from /meshunit");
 }
 
 bool HasFacetOfPositiveArea(const VertexMatrix& V, const TriangleMatrix& F)

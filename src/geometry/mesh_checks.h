@@ -12,12 +12,12 @@ struct MeshProblems
 {
     int64_t facets = 0;
     int64_t vertices = 0;
-    int64_t badStoredNormals = 0;      // zero or not finite
-    int64_t flippedStoredNormals = 0;  // more than 90 degrees from the winding's normal
+    int64_t badStoredNormals = 0;     // zero or not finite
+    int64_t flippedStoredNormals = 0; // more than 90 degrees from the winding's normal
     int64_t nonFiniteVertices = 0;
     int64_t zeroAreaFacets = 0;
-    int64_t openEdges = 0;             // used by one facet only, vertices joined where equal
-    bool insideOut = false;            // closed, and the winding encloses a negative volume
+    int64_t openEdges = 0;  // used by one facet only, vertices joined where equal
+    bool insideOut = false; // closed, and the winding encloses a negative volume
 };
 
 // Looks at every facet of V (vertex rows, file unit), F (facets by 3 or more) and N (stored
@@ -29,11 +29,13 @@ int64_t CountOpenEdges(const VertexMatrix& V, const TriangleMatrix& F);
 
 // Appends one "WARNING: " line to `warnings` for each kind of problem found in the mesh `path`;
 // the two about stored normals only when `storedNormalsUsed`.
-void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems, bool storedNormalsUsed);
+void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems,
+                        bool storedNormalsUsed);
 
 // Appends a warning when the box diagonal (file unit) times unitScale is under 20 mm or over
 // 2 m, naming the unit, `inferred` or not.
-void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float diagonal, double unitScale, bool inferred);
+void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float diagonal, double unitScale,
+                           bool inferred);
 
 // Facets by 3: each facet's normal from its winding, not unit length; zero where degenerate.
 NormalMatrix WindingNormals(const VertexMatrix& V, const TriangleMatrix& F);

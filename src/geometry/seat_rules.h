@@ -67,9 +67,9 @@ public:
 
 private:
     std::optional<ConvexHull> hull_;
-    double maxSeatDepth_ = 0.0;  // millimetres, as given
+    double maxSeatDepth_ = 0.0; // millimetres, as given
     std::vector<KeepOutVolume> keepOuts_;
-    double minSensorSpacing_ = 0.0;  // millimetres, as given; 0: none
+    double minSensorSpacing_ = 0.0; // millimetres, as given; 0: none
 };
 
 } // namespace kelvorig

@@ -64,8 +64,8 @@ int32_t TrackedSurface::PickTriangle(RandomEngine& rng) const
     const double place = areaPick_.Draw(rng);
     const auto first = std::upper_bound(cumulativeArea_.begin(), cumulativeArea_.end(), place);
     // note: only a not-a-number area (from such coordinates) can run past the end.
-    const auto index = std::min<ptrdiff_t>(first - cumulativeArea_.begin(),
-                                           static_cast<ptrdiff_t>(cumulativeArea_.size()) - 1);
+    const auto index =
+        std::min<ptrdiff_t>(first - cumulativeArea_.begin(), static_cast<ptrdiff_t>(cumulativeArea_.size()) - 1);
     return static_cast<int32_t>(index);
 }
 
@@ -221,8 +221,8 @@ Status TrackedSurface::NoSeat(const SeatRefusals& refusals) const
 {
     const SeatRule emptying = refusals.Emptying();
     if (emptying == SeatRule::kSeatTest || seatRules_ == nullptr)
-        return Status::Failure(Formatted("Error: no position on the sensor surface \"%s\" can take a sensor.\n",
-                                         surfacePath_.c_str()));
+        return Status::Failure(
+            Formatted("Error: no position on the sensor surface \"%s\" can take a sensor.\n", surfacePath_.c_str()));
     return Status::Failure(
         Formatted("Error: %s leaves no position on the sensor surface \"%s\" that can take a sensor.\n",
                   seatRules_->Describe(emptying).c_str(), surfacePath_.c_str()));

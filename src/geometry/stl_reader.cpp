@@ -32,7 +32,7 @@ FILE* OpenSource(const StlSource& source, const char* mode)
         return std::fopen(source.path->c_str(), mode);
     static char noBytes = '\0';
     char* data = source.bytes.empty() ? &noBytes : const_cast<char*>(source.bytes.data());
-    return fmemopen(data, source.bytes.size(), mode);  // read only, so the cast is harmless
+    return fmemopen(data, source.bytes.size(), mode); // read only, so the cast is harmless
 }
 
 // Closes the file on every path out of the reader.
@@ -131,8 +131,7 @@ bool HasBinaryMark(FILE* file)
 }
 
 // The rest of a text file, behind its first word "solid".
-Status ReadTextBody(FILE* file, const std::string& path, FloatLists& vertices, IndexLists& facets,
-                  FloatLists& normals)
+Status ReadTextBody(FILE* file, const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals)
 {
     std::array<char, kBufferSize> line;
     if (std::fgets(line.data(), static_cast<int>(line.size()), file) == nullptr)
@@ -193,7 +192,7 @@ bool ReadBinaryTriple(FILE* file, std::array<float, 3>& triple)
 }
 
 Status ReadBinaryBody(FILE* file, const std::string& path, FloatLists& vertices, IndexLists& facets,
-                    FloatLists& normals)
+                      FloatLists& normals)
 {
     std::array<unsigned char, 80> header;
     if (std::fread(header.data(), 1, header.size(), file) != header.size())
@@ -269,7 +268,7 @@ Status ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& fa
 }
 
 Status ReadStlBytes(const std::string& name, std::string_view bytes, FloatLists& vertices, IndexLists& facets,
-                  FloatLists& normals)
+                    FloatLists& normals)
 {
     return ReadStl(StlSource{name, nullptr, bytes}, vertices, facets, normals);
 }

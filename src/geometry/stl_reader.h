@@ -23,6 +23,6 @@ using IndexLists = std::vector<std::vector<int32_t>>;
 Status ReadStlFile(const std::string& path, FloatLists& vertices, IndexLists& facets, FloatLists& normals);
 // The same for the bytes of a file already in memory; `name` stands for the path in messages.
 Status ReadStlBytes(const std::string& name, std::string_view bytes, FloatLists& vertices, IndexLists& facets,
-                  FloatLists& normals);
+                    FloatLists& normals);
 
 } // namespace kelvorig

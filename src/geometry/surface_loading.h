@@ -9,8 +9,8 @@ namespace kelvorig {
 // it as the file states it, with the unit inferred from its size.
 struct SurfaceLoading
 {
-    bool normalsFromWinding = false;  // every facet's normal from its winding, not the file's
-    std::optional<double> unitScale;  // metres per file unit for all meshes; none: inferred
+    bool normalsFromWinding = false; // every facet's normal from its winding, not the file's
+    std::optional<double> unitScale; // metres per file unit for all meshes; none: inferred
 };
 
 // Metres per unit for "mm", "cm", "m" and "in"; nothing for any other name.

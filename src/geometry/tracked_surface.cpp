@@ -27,7 +27,8 @@ TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector
 
 TrackedSurface::TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths,
                                uint32_t seed, const SurfaceLoading& loading)
-    : surfacePath_(surfacePath), obstaclePaths_(obstaclePaths)
+    : surfacePath_(surfacePath),
+      obstaclePaths_(obstaclePaths)
 {
     buildFailure_ = LoadSensorSurface(loading);
     if (buildFailure_.ok())

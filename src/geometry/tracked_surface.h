@@ -25,8 +25,8 @@ public:
     TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths,
                    const SurfaceLoading& loading = {});
     // Same, with a fixed seed for the engine's final reseeding (tests, benchmarks).
-    TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths,
-                   uint32_t seed, const SurfaceLoading& loading = {});
+    TrackedSurface(const std::string& surfacePath, const std::vector<std::string>& obstaclePaths, uint32_t seed,
+                   const SurfaceLoading& loading = {});
 
     // False when a mesh couldn't be read or the sensor surface has no usable facets; such
     // a surface must not be used.
@@ -77,10 +77,7 @@ public:
     // left none.
     Status SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal, RandomEngine& rng,
                       const SeatNeighbours* neighbours = nullptr) const;
-    Status SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal)
-    {
-        return SampleSeat(position, normal, rng_);
-    }
+    Status SampleSeat(Eigen::Vector3f& position, Eigen::Vector3f& normal) { return SampleSeat(position, normal, rng_); }
     // A seat whose facet normal is close to the incoming `normal`: the first with a dot
     // product above `limit`, else the best of 20 that pass the seat test. Fails as SampleSeat.
     Status SampleSeatNear(Eigen::Vector3f& position, Eigen::Vector3f& normal, float limit, RandomEngine& rng,
@@ -107,7 +104,7 @@ private:
     // True when the seat rules, if any, allow the seat.
     bool PassesSeatRules(const Eigen::Vector3f& position, const Eigen::Vector3f& normal,
                          const SeatNeighbours* neighbours, SeatRefusals& refusals) const;
-    Status NoSeat(const SeatRefusals& refusals) const;  // the failure naming the test that left no seat
+    Status NoSeat(const SeatRefusals& refusals) const; // the failure naming the test that left no seat
 
     std::string surfacePath_;
     std::vector<std::string> obstaclePaths_;

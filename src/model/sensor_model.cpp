@@ -14,8 +14,7 @@ float ReadTripleElement(Json::Value& triple, Json::ArrayIndex i)
 
 Eigen::Vector3f ReadTriple(Json::Value& triple)
 {
-    return Eigen::Vector3f(ReadTripleElement(triple, 0), ReadTripleElement(triple, 1),
-                           ReadTripleElement(triple, 2));
+    return Eigen::Vector3f(ReadTripleElement(triple, 0), ReadTripleElement(triple, 1), ReadTripleElement(triple, 2));
 }
 
 Json::Value TripleToJson(const Eigen::Vector3f& v)
@@ -85,8 +84,7 @@ Json::Value TrackedObjectModel::ModelToJson() const
 
 SensorLayout::SensorLayout(const TrackedObjectModel& model, const ModelTransform& transform)
 {
-    if (model.channelMap.size() != model.modelPoints.size() ||
-        model.channelMap.size() != model.modelNormals.size())
+    if (model.channelMap.size() != model.modelPoints.size() || model.channelMap.size() != model.modelNormals.size())
     {
         cosMaxIncidence = 0.0;
         return;

@@ -17,10 +17,10 @@ struct TrackedObjectModel
 {
     bool valid = false;
     std::string modelCad;
-    std::vector<int32_t> channelMap;            // sensor id per entry; negative: kept, but no sensor
-    std::vector<Eigen::Vector3f> modelPoints;   // metres, device CAD frame
-    std::vector<Eigen::Vector3f> modelNormals;  // unit length after reading
-    std::vector<double> modelAngles;            // carried through untouched
+    std::vector<int32_t> channelMap;           // sensor id per entry; negative: kept, but no sensor
+    std::vector<Eigen::Vector3f> modelPoints;  // metres, device CAD frame
+    std::vector<Eigen::Vector3f> modelNormals; // unit length after reading
+    std::vector<double> modelAngles;           // carried through untouched
 
     // Reads root["pharoscope_config"] and appends to the lists (never clears them).
     // Returns the new value of `valid`. Throws Json::Exception on a value of the wrong type.
@@ -38,9 +38,9 @@ constexpr ModelTransform kIdentityTransform = {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 
 // The constellation as the quality code reads it, in 64-bit floats.
 struct SensorLayout
 {
-    std::map<int32_t, int32_t> idToIndex;  // id -> index into the *source* model's lists
+    std::map<int32_t, int32_t> idToIndex; // id -> index into the *source* model's lists
     std::vector<int32_t> sensorIds;
-    std::vector<Eigen::Vector3d> positions;  // metres, object frame
+    std::vector<Eigen::Vector3d> positions; // metres, object frame
     std::vector<Eigen::Vector3d> normals;
     double cosMaxIncidence = 0.5;
     double maxPairDistance = 0.0;

@@ -1,14 +1,14 @@
 #include "optimiser/anneal_restarts.h"
 
-#include "support/random_draws.h"
 #include "optimiser/anneal_schedule.h"
+#include "support/random_draws.h"
 #include "support/worker_pool.h"
 
 #include <algorithm>
 #include <cmath>
 #include <exception>
-#include <ostream>
 #include <mutex>
+#include <ostream>
 #include <sstream>
 
 namespace kelvorig {
@@ -62,12 +62,12 @@ Status AnnealBestOf(const PlacementProblem& problem, int32_t restarts, std::opti
 
     PlacementProblem quiet = problem;
     quiet.progress = nullptr;
-    std::mutex mutex;  // guards everything below and the progress stream
+    std::mutex mutex; // guards everything below and the progress stream
     best = AnnealOutcome();
     best.movesPlanned = static_cast<int64_t>(count) * PlannedMoveCount(movesPerTemperature, problem.coolingRate);
     size_t bestIndex = count;
     std::exception_ptr failure;
-    Status seatless;  // one anneal found no seat; the surface offers none to the others either
+    Status seatless; // one anneal found no seat; the surface offers none to the others either
 
     auto runRestarts = [&](int32_t, size_t begin, size_t end)
     {

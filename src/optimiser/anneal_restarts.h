@@ -27,9 +27,9 @@ struct AnnealOutcome
 {
     TrackedObjectModel model;
     double score = 0.0;
-    std::optional<uint32_t> seed;  // its run seed; none for a single anneal seeded from the time
-    int64_t movesMade = 0;         // by all anneals together
-    int64_t movesPlanned = 0;      // of all anneals together
+    std::optional<uint32_t> seed; // its run seed; none for a single anneal seeded from the time
+    int64_t movesMade = 0;        // by all anneals together
+    int64_t movesPlanned = 0;     // of all anneals together
 };
 
 // Runs `restarts` independent anneals of `problem` (its settings only; its results are left

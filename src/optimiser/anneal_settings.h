@@ -13,8 +13,8 @@ struct AnnealSettings
     int32_t nOrientations;
     int32_t nIterations;
     double coolingRate;
-    double maxIncidenceAngle;  // degrees, before the anneal tightens it
-    double qualityLow;         // the score's range, used only when both bounds are above 0
+    double maxIncidenceAngle; // degrees, before the anneal tightens it
+    double qualityLow;        // the score's range, used only when both bounds are above 0
     double qualityHigh;
 
     // The incidence limit the anneal scores with: the given one less half the orientations'

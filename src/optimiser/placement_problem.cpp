@@ -9,7 +9,8 @@
 namespace kelvorig {
 
 PlacementProblem::PlacementProblem(int32_t sensorCount, TrackedSurface& trackedSurface)
-    : nSensors(sensorCount), surface(trackedSurface)
+    : nSensors(sensorCount),
+      surface(trackedSurface)
 {
 }
 

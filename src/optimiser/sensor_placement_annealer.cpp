@@ -10,9 +10,9 @@
 
 namespace kelvorig {
 
-SensorPlacementAnnealer::SensorPlacementAnnealer(PlacementLayout& layout, TrackedSurface& surface,
-                                                 int32_t nIterations, int32_t nOrientations, double coolingRate,
-                                                 double qualityLow, double qualityHigh, std::optional<uint32_t> seed)
+SensorPlacementAnnealer::SensorPlacementAnnealer(PlacementLayout& layout, TrackedSurface& surface, int32_t nIterations,
+                                                 int32_t nOrientations, double coolingRate, double qualityLow,
+                                                 double qualityHigh, std::optional<uint32_t> seed)
     : layout_(layout),
       surface_(surface),
       movesPerTemperature_(static_cast<int64_t>(layout.SensorCount()) * nIterations),
@@ -144,9 +144,8 @@ Status SensorPlacementAnnealer::Anneal(TrackedObjectModel& bestModel)
             if (Status moved = MoveOneSensor(temperature); !moved.ok())
                 return moved;
             ++movesMade_;
-            const double q =
-                scored(incremental ? incremental->EvaluateMove(static_cast<size_t>(movedIndex_))
-                                   : evaluator_.EvaluateQuality());
+            const double q = scored(incremental ? incremental->EvaluateMove(static_cast<size_t>(movedIndex_))
+                                                : evaluator_.EvaluateQuality());
             currentScore_ = q;
 
             // Before the acceptance test, so that the snapshot holds the moved sensor.

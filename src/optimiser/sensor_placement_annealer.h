@@ -21,8 +21,8 @@ class TrackedSurface;
 class WorkerPool;
 
 // The anneal's temperatures follow from the score's scale, never from a switch.
-constexpr double kStartTemperature = kQualityScale * 0.1;              // 100
-constexpr double kStopTemperature = (kQualityScale * 0.0035) * 0.01;  // 0.035
+constexpr double kStartTemperature = kQualityScale * 0.1;            // 100
+constexpr double kStopTemperature = (kQualityScale * 0.0035) * 0.01; // 0.035
 
 // Simulated annealing over the seats of the layout's movable sensors. Each move replaces one
 // movable sensor, in place, by a seat drawn from the surface; the owned evaluator reads the

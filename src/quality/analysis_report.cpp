@@ -106,8 +106,9 @@ void QualityEvaluator::AppendCoverageRow(const BaseStationPose& pose, double dis
     text += '\n';
     if (direction)
     {
-        *direction = DirectionQuality{pose.gridYaw, pose.gridPitch, 0, static_cast<int32_t>(visibleCount),
-                                      percent.solvable, positionError, rotationError};
+        *direction =
+            DirectionQuality{pose.gridYaw,  pose.gridPitch, 0, static_cast<int32_t>(visibleCount), percent.solvable,
+                             positionError, rotationError};
         for (size_t i = 0; visibility && i < visibility->visible.size() && i < 32; ++i)
             direction->visibleMask |= visibility->visible[i] ? 1u << i : 0u;
     }

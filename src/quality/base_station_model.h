@@ -8,7 +8,7 @@ namespace kelvorig {
 struct BaseStationModel
 {
     int32_t kind = 0;
-    double tiltRadians = 0.5;  // radians; read by the tilted sweep models only
+    double tiltRadians = 0.5; // radians; read by the tilted sweep models only
 };
 
 // The kind that /srbtiltdegrees selects, with its tilt.

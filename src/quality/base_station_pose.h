@@ -8,10 +8,10 @@ namespace kelvorig {
 // object frame, pointing from the object to the base station) onto +Z.
 struct BaseStationPose
 {
-    double gridPitch = 0.0;  // ring angle of the analysis grid, radians
-    double gridYaw = 0.0;    // turn angle of the analysis grid, radians
+    double gridPitch = 0.0; // ring angle of the analysis grid, radians
+    double gridYaw = 0.0;   // turn angle of the analysis grid, radians
     Triple<double> rotationVector = {};
-    Quaternion<double> quaternion = {};  // w not negative
+    Quaternion<double> quaternion = {}; // w not negative
     Triple<double> direction = {};
 };
 

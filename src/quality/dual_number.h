@@ -17,7 +17,7 @@ struct DualNumber
     std::array<double, kPartials> partials = {};
 
     DualNumber() = default;
-    DualNumber(double plain) : value(plain) {}  // NOLINT: implicit on purpose
+    DualNumber(double plain) : value(plain) {} // NOLINT: implicit on purpose
 
     // The pose parameter `index` with value `plain`: partial `index` is 1, the others 0.
     static DualNumber Parameter(double plain, int index)

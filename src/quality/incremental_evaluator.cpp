@@ -82,8 +82,7 @@ const SensorRows& IncrementalEvaluator::RowsOf(size_t slot, size_t pose, size_t 
     return slot == movedSlot ? *movedRows : rows_[slot][pose];
 }
 
-void IncrementalEvaluator::SumTotals(size_t pose, PoseState& state, size_t movedSlot,
-                                     const SensorRows* movedRows) const
+void IncrementalEvaluator::SumTotals(size_t pose, PoseState& state, size_t movedSlot, const SensorRows* movedRows) const
 {
     state.totals = PoseInformation{};
     for (uint32_t left = state.visible & ~state.failed; left != 0; left &= left - 1)
@@ -186,7 +185,7 @@ double IncrementalEvaluator::EvaluateMove(size_t index)
             const bool seen = sight.Sees(stations_[pose]);
             touched_[pose] = wasSeen || seen;
             if (!touched_[pose])
-                continue;  // a pose that never sees the sensor keeps its term exactly
+                continue; // a pose that never sees the sensor keeps its term exactly
 
             const uint8_t next = static_cast<uint8_t>(1 - current_[pose]);
             PoseState& after = states_[2 * pose + next];
@@ -223,7 +222,7 @@ double IncrementalEvaluator::EvaluateMove(size_t index)
 void IncrementalEvaluator::UndoMove()
 {
     if (movedSlot_ == kNoSlot)
-        return;  // nothing moved since the latest full evaluation, checkpoint or undo
+        return; // nothing moved since the latest full evaluation, checkpoint or undo
     for (size_t pose = 0; pose < current_.size(); ++pose)
         current_[pose] = static_cast<uint8_t>(current_[pose] ^ touched_[pose]);
     rows_[movedSlot_].swap(spareRows_);

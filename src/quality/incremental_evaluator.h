@@ -61,10 +61,10 @@ public:
 private:
     struct PoseState
     {
-        PoseInformation totals;    // rows of the sensors in visible and not in failed
+        PoseInformation totals; // rows of the sensors in visible and not in failed
         uint32_t visible = 0;
-        uint32_t failed = 0;       // visible sensors whose angles could not be formed
-        uint32_t updates = 0;      // running updates since the totals were last summed afresh
+        uint32_t failed = 0;  // visible sensors whose angles could not be formed
+        uint32_t updates = 0; // running updates since the totals were last summed afresh
     };
 
     static constexpr size_t kNoSlot = kMaxSensors;
@@ -79,24 +79,24 @@ private:
     double SumOfTerms() const;
 
     const QualityEvaluator& reference_;
-    const SensorVisibility* visibility_;  // null: no sensors
+    const SensorVisibility* visibility_; // null: no sensors
     WorkerPool& workers_;
     size_t sensorCount_ = 0;
-    double ownWeight_ = 0.0;     // the weights are ownWeight·I + sharedWeight·P
+    double ownWeight_ = 0.0; // the weights are ownWeight·I + sharedWeight·P
     double sharedWeight_ = 0.0;
-    std::vector<size_t> slotOfIndex_;  // position index -> slot in the visibility's order
-    std::vector<Eigen::Vector3d> stations_;  // [pose]: the base station in the object frame
-    std::vector<DualPose> dualPoses_;        // [pose]: what the Jacobian rows are built from
+    std::vector<size_t> slotOfIndex_;       // position index -> slot in the visibility's order
+    std::vector<Eigen::Vector3d> stations_; // [pose]: the base station in the object frame
+    std::vector<DualPose> dualPoses_;       // [pose]: what the Jacobian rows are built from
 
     // Two of each per pose, [2·pose + current_[pose]] the state as of the latest evaluation
     // and the other the one before it, for UndoMove.
     std::vector<PoseState> states_;
     std::vector<double> terms_;
     std::vector<uint8_t> current_;
-    std::vector<uint8_t> touched_;  // [pose]: changed by the latest move
+    std::vector<uint8_t> touched_; // [pose]: changed by the latest move
 
-    std::vector<std::vector<SensorRows>> rows_;  // [slot][pose]; valid where visible, not failed
-    std::vector<SensorRows> spareRows_;           // [pose]: the moved slot's rows before its move
+    std::vector<std::vector<SensorRows>> rows_; // [slot][pose]; valid where visible, not failed
+    std::vector<SensorRows> spareRows_;         // [pose]: the moved slot's rows before its move
     size_t movedSlot_ = kNoSlot;
 };
 

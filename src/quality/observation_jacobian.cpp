@@ -9,8 +9,7 @@ namespace kelvorig {
 namespace {
 
 // The rotation vector r (axis times angle) as a unit quaternion of dual numbers.
-Quaternion<DualNumber> QuaternionFromRotationVector(const DualNumber& r0, const DualNumber& r1,
-                                                    const DualNumber& r2)
+Quaternion<DualNumber> QuaternionFromRotationVector(const DualNumber& r0, const DualNumber& r1, const DualNumber& r2)
 {
     const DualNumber squared = r0 * r0 + r1 * r1 + r2 * r2;
     if (squared.value > 0.0)

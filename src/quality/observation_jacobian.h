@@ -12,8 +12,7 @@ namespace kelvorig {
 // Partials of the sweep angles, one row per angle (2k, 2k + 1 for the k-th visible sensor),
 // columns tx, ty, tz (per metre) and rx, ry, rz (per radian of rotation vector). Fixed
 // capacity of 64 rows, so it lives on the stack.
-using ObservationJacobian =
-    Eigen::Matrix<double, Eigen::Dynamic, 6, Eigen::RowMajor, kMaxObservationRows, 6>;
+using ObservationJacobian = Eigen::Matrix<double, Eigen::Dynamic, 6, Eigen::RowMajor, kMaxObservationRows, 6>;
 
 // The six pose parameters as dual numbers, each seeded with its own partial: translation
 // from pose[0..2] and the rotation, as a unit quaternion, from the rotation vector in

@@ -12,7 +12,7 @@ namespace kelvorig {
 namespace {
 
 constexpr int kCandidatesPerPoint = 10;
-constexpr double kNoNeighbour = 9999.0;  // squared distance before any neighbour is seen
+constexpr double kNoNeighbour = 9999.0; // squared distance before any neighbour is seen
 // Sampling is quadratic in the count: 25,000 take about 3 s on a 2-core development machine,
 // 10^6 over an hour. From this count on, progress is shown on the progress stream.
 constexpr int32_t kCountWorthProgress = 25'000;
@@ -22,7 +22,8 @@ class SamplingProgress
 {
 public:
     explicit SamplingProgress(int32_t count)
-        : count_(count), stream_(count >= kCountWorthProgress ? ProgressStream() : nullptr)
+        : count_(count),
+          stream_(count >= kCountWorthProgress ? ProgressStream() : nullptr)
     {
     }
 

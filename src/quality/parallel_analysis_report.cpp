@@ -16,10 +16,10 @@ constexpr size_t kRowsPerRange = 32;
 // What one worker needs to compute rows on its own.
 struct RowScratch
 {
-    std::optional<SensorVisibility> visibility;  // empty without a model
+    std::optional<SensorVisibility> visibility; // empty without a model
     PoseVector poseVector;
     std::vector<SweepHit> hits;
-    std::string text;  // rows of the current batch, back to back
+    std::string text; // rows of the current batch, back to back
 };
 
 // Where the text of one row of the batch lies.
@@ -122,9 +122,7 @@ void QualityEvaluator::WriteSensitivityReport(WorkerPool& workers, FILE* out, FI
 {
     const Triple<double> start = {poseVector_[0], poseVector_[1], poseVector_[2]};
     auto appendRow = [&](const BaseStationPose& pose, RowScratch& own)
-    {
-        AppendSensitivityRow(pose, start, own.visibility ? &*own.visibility : nullptr, own.poseVector, own.text);
-    };
+    { AppendSensitivityRow(pose, start, own.visibility ? &*own.visibility : nullptr, own.poseVector, own.text); };
     int32_t lastWorker = -1;
     const std::vector<RowScratch> scratch =
         WriteRowsInOrder(poses_, visibility_.get(), poseVector_, workers, out, appendRow, lastWorker);

@@ -18,7 +18,7 @@ using SensorRows = std::array<double, 12>;
 // leaves a pose by its own two rows alone.
 struct PoseInformation
 {
-    std::array<double, 21> gram = {};  // JᵀJ, upper triangle row by row
+    std::array<double, 21> gram = {}; // JᵀJ, upper triangle row by row
     std::array<double, 6> firstSum = {};
     std::array<double, 6> secondSum = {};
 

@@ -16,7 +16,8 @@ constexpr uint8_t kBothAxes = 3;
 } // namespace
 
 PoseSolvability::PoseSolvability(const SensorLayout& layout, const std::vector<SweepHit>& hits)
-    : layout_(layout), hits_(hits)
+    : layout_(layout),
+      hits_(hits)
 {
     ReadNewHits();
 }

@@ -35,7 +35,7 @@ public:
     // farther than that from its plane. Throws std::out_of_range for an unknown id.
     bool FindNonPlanarSet(const std::vector<int32_t>& ids) const;
 
-    double minFeatureSize = 0.0085;  // metres
+    double minFeatureSize = 0.0085; // metres
 
 private:
     void ReadNewHits();

@@ -68,8 +68,8 @@ void QualityEvaluator::SetQualityRange(double low, double high)
     scoreOffset_ = -std::tanh(scoreBias_);
 }
 
-PoseSolve QualityEvaluator::SolvePose(SensorVisibility* visibility, PoseVector& poseVector,
-                                     const Quaternion<double>& q, const Triple<double>& rotationVector) const
+PoseSolve QualityEvaluator::SolvePose(SensorVisibility* visibility, PoseVector& poseVector, const Quaternion<double>& q,
+                                      const Triple<double>& rotationVector) const
 {
     PoseSolve solve;
     SetPoseQuaternion(poseVector, q);

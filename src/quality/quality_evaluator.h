@@ -30,9 +30,9 @@ struct SweepHit;
 struct PoseSolve
 {
     size_t visibleCount = 0;
-    bool solvable = false;  // 1 to kMaxSensors sensors visible: `variances` is set
-    bool observed = false;  // and every visible sensor yielded its two angles
-    Vector6d variances;     // metres squared (0 to 2), then radians squared (3 to 5)
+    bool solvable = false; // 1 to kMaxSensors sensors visible: `variances` is set
+    bool observed = false; // and every visible sensor yielded its two angles
+    Vector6d variances;    // metres squared (0 to 2), then radians squared (3 to 5)
 };
 
 // A score range is used only when both its bounds are above 0; the command line's -1 for both
@@ -63,7 +63,7 @@ public:
     // Each of the three rebuilds the visibility state (and so clears everSeen); SetModel
     // must come first. The layout and the surface must outlive the evaluator's use.
     void SetModel(const SensorLayout& model);
-    void SetSurface(const TrackedSurface* surface);  // null: no occlusion
+    void SetSurface(const TrackedSurface* surface); // null: no occlusion
     void SetBaseStationModel(const BaseStationModel& baseStation);
 
     // `count` best-candidate orientations; scoreScale becomes 500 / count (infinite for 0).
@@ -124,15 +124,15 @@ private:
     void AppendCoverageRow(const BaseStationPose& pose, double distance, SensorVisibility* visibility,
                            PoseVector& poseVector, std::vector<SweepHit>& hits, std::string& text,
                            DirectionQuality* direction = nullptr) const;
-    void AppendSensitivityRow(const BaseStationPose& pose, const Triple<double>& start,
-                              SensorVisibility* visibility, PoseVector& poseVector, std::string& text) const;
+    void AppendSensitivityRow(const BaseStationPose& pose, const Triple<double>& start, SensorVisibility* visibility,
+                              PoseVector& poseVector, std::string& text) const;
     double CoverageDistance() const;
     void WriteUnseenSensors(FILE* err) const;
 
     const SensorLayout* model_ = nullptr;
     const TrackedSurface* surface_ = nullptr;
     std::unique_ptr<SensorVisibility> visibility_;
-    Eigen::MatrixXd measurementWeights_;  // 64 by 64
+    Eigen::MatrixXd measurementWeights_; // 64 by 64
     PoseVector poseVector_ = kInitialPoseVector;
     double scoreOffset_;
     double scoreGain_;

@@ -5,13 +5,13 @@
 namespace kelvorig {
 namespace {
 
-constexpr double kSixthPi = 0.5235987755982988;  // π/6
-constexpr double kThirdTurn = 2.0943951023931953;      // 2π/3
+constexpr double kSixthPi = 0.5235987755982988;   // π/6
+constexpr double kThirdTurn = 2.0943951023931953; // 2π/3
 
 } // namespace
 
-bool SensorObservation::ObserveAngles(const Quaternion<DualNumber>& q, const Triple<DualNumber>& t,
-                                      DualNumber& first, DualNumber& second) const
+bool SensorObservation::ObserveAngles(const Quaternion<DualNumber>& q, const Triple<DualNumber>& t, DualNumber& first,
+                                      DualNumber& second) const
 {
     const Eigen::Vector3d& p = model->positions[sensorIndex];
     const Triple<DualNumber> rotated = RotateByUnitQuaternion(q, Triple<double>{p.x(), p.y(), p.z()});

@@ -14,9 +14,9 @@ namespace kelvorig {
 struct SensorObservation
 {
     const SensorLayout* model = nullptr;
-    uint32_t sensorIndex = 0;  // into model->positions
+    uint32_t sensorIndex = 0; // into model->positions
     const BaseStationModel* baseStation = nullptr;
-    int32_t sweepModel = 1;  // 1 standard, 2 to 5 tilted
+    int32_t sweepModel = 1; // 1 standard, 2 to 5 tilted
 
     // The two angles of the sensor with the object at rotation q (unit, w x y z) and
     // translation t (metres), base-station frame. False, with both left alone, when the

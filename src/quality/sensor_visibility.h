@@ -24,7 +24,7 @@ struct SensorRayTest
 {
     const SensorLayout* model = nullptr;
     uint32_t sensorIndex = 0;                // into model->positions and model->normals
-    const TrackedSurface* surface = nullptr;  // null: incidence test only
+    const TrackedSurface* surface = nullptr; // null: incidence test only
 
     // `pose`: translation, then a quaternion w x y z in entries 3 to 6.
     bool IsSensorVisible(const PoseVector& pose) const;

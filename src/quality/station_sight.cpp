@@ -15,9 +15,9 @@ Eigen::Vector3d StationInObjectFrame(const PoseVector& pose)
     const double y = pose[5] / norm;
     const double z = pose[6] / norm;
     Eigen::Matrix3d rotation;
-    rotation << 1.0 - 2.0 * (y * y + z * z), 2.0 * (x * y - w * z), 2.0 * (x * z + w * y),
-        2.0 * (x * y + w * z), 1.0 - 2.0 * (x * x + z * z), 2.0 * (y * z - w * x),
-        2.0 * (x * z - w * y), 2.0 * (y * z + w * x), 1.0 - 2.0 * (x * x + y * y);
+    rotation << 1.0 - 2.0 * (y * y + z * z), 2.0 * (x * y - w * z), 2.0 * (x * z + w * y), 2.0 * (x * y + w * z),
+        1.0 - 2.0 * (x * x + z * z), 2.0 * (y * z - w * x), 2.0 * (x * z - w * y), 2.0 * (y * z + w * x),
+        1.0 - 2.0 * (x * x + y * y);
     const Eigen::Vector3d translation(pose[0], pose[1], pose[2]);
     return -(rotation.transpose() * translation);
 }

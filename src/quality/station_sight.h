@@ -32,7 +32,7 @@ private:
     Eigen::Vector3d normal_;
     Eigen::Vector3f rayOrigin_;
     double cosMaxIncidence_;
-    const TrackedSurface* surface_;  // null: incidence test only
+    const TrackedSurface* surface_; // null: incidence test only
 };
 
 } // namespace kelvorig

@@ -8,13 +8,13 @@ bool SymmetricInverseDiagonal(const Matrix6d& h, double minRelativePivot, Vector
 {
     constexpr int kSize = 6;
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    double lower[kSize][kSize] = {};  // unit lower triangle of L, below the diagonal
+    double lower[kSize][kSize] = {}; // unit lower triangle of L, below the diagonal
     double pivots[kSize];
-    double inversePivots[kSize];  // multiplied by rather than divided by: divisions are slow
+    double inversePivots[kSize]; // multiplied by rather than divided by: divisions are slow
 
     for (int j = 0; j < kSize; ++j)
     {
-        double scaled[kSize];  // L(j, k)·d(k)
+        double scaled[kSize]; // L(j, k)·d(k)
         double pivot = h(j, j);
         for (int k = 0; k < j; ++k)
         {

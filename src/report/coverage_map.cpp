@@ -84,8 +84,9 @@ void PaintCells(cairo_t* cr, const MapPanel& panel, const std::vector<DirectionQ
     }
     cairo_surface_mark_dirty(cells.get());
 
-    const std::array<double, 2> corner = PanelPoint(panel, grid.firstYawDegrees - 0.5 * grid.stepDegrees,
-                                                    grid.firstPitchDegrees + (static_cast<double>(grid.pitchCount) - 0.5) * grid.stepDegrees);
+    const std::array<double, 2> corner =
+        PanelPoint(panel, grid.firstYawDegrees - 0.5 * grid.stepDegrees,
+                   grid.firstPitchDegrees + (static_cast<double>(grid.pitchCount) - 0.5) * grid.stepDegrees);
     cairo_save(cr);
     cairo_rectangle(cr, panel.left, panel.top, panel.width, panel.height);
     cairo_clip(cr);
@@ -205,8 +206,10 @@ void DrawMap(cairo_t* cr, const std::vector<DirectionQuality>& directions, const
               "°");
 
     PaintCells(cr, kErrorPanel, directions, grid,
-               [](const DirectionQuality& d)
-               { return d.solvablePercent == 0 ? kUnsolvableColour : ErrorColour(d.positionError * kMillimetresPerMetre); });
+               [](const DirectionQuality& d) {
+                   return d.solvablePercent == 0 ? kUnsolvableColour
+                                                 : ErrorColour(d.positionError * kMillimetresPerMetre);
+               });
     int32_t maxCount = 1;
     for (const DirectionQuality& d : directions)
         maxCount = std::max(maxCount, d.visibleCount);

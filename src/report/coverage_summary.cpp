@@ -14,7 +14,7 @@
 namespace kelvorig {
 namespace {
 
-constexpr double kErrorCeiling = 1.0;  // the report's: no usable estimate
+constexpr double kErrorCeiling = 1.0; // the report's: no usable estimate
 constexpr size_t kWorstCount = 10;
 
 double Weight(const DirectionQuality& direction)
@@ -143,8 +143,10 @@ CoverageSummary SummariseCoverage(const std::vector<DirectionQuality>& direction
                       {
                           const DirectionQuality& x = directions[a];
                           const DirectionQuality& y = directions[b];
-                          const auto key = [](const DirectionQuality& d)
-                          { return std::make_tuple(-CountedPositionError(d), -CountedRotationError(d), d.visibleCount); };
+                          const auto key = [](const DirectionQuality& d) {
+                              return std::make_tuple(-CountedPositionError(d), -CountedRotationError(d),
+                                                     d.visibleCount);
+                          };
                           return std::make_pair(key(x), a) < std::make_pair(key(y), b);
                       });
     for (size_t k = 0; k < worstCount; ++k)
@@ -223,10 +225,10 @@ std::string SummaryBlock(const SummaryInputs& inputs, const CoverageSummary& sum
 {
     const auto& shares = summary.solvableShares;
     std::string text;
-    AppendFormatted(text, "\nsummary of %s: score %g / %g (lower is better) with %d orientations\n", inputs.layoutName.c_str(),
-           summary.score, kQualityScale, inputs.nOrientations);
-    AppendFormatted(text, "  directions solvable (%% of solid angle): 100: %.2f, 99: %.2f, 96: %.2f, 0: %.2f\n", shares[0],
-           shares[1], shares[2], shares[3]);
+    AppendFormatted(text, "\nsummary of %s: score %g / %g (lower is better) with %d orientations\n",
+                    inputs.layoutName.c_str(), summary.score, kQualityScale, inputs.nOrientations);
+    AppendFormatted(text, "  directions solvable (%% of solid angle): 100: %.2f, 99: %.2f, 96: %.2f, 0: %.2f\n",
+                    shares[0], shares[1], shares[2], shares[3]);
     AppendPercentiles(text, "position error (mm)", summary.positionMm);
     AppendPercentiles(text, "rotation error (degrees)", summary.rotationDegrees);
     AppendFormatted(text, "  sensors seen (%% of directions):");
@@ -235,8 +237,9 @@ std::string SummaryBlock(const SummaryInputs& inputs, const CoverageSummary& sum
     AppendFormatted(text, "\n  worst directions (yaw, pitch degrees: position mm, rotation degrees, sensors seen):\n");
     for (const DirectionQuality& d : summary.worst)
     {
-        AppendFormatted(text, "    %.1f, %.1f: %.4g, %.4g, %d\n", d.yaw * kDegreesPerRadian, d.pitch * kDegreesPerRadian,
-               CountedPositionError(d) * kMillimetresPerMetre, CountedRotationError(d) * kDegreesPerRadian, d.visibleCount);
+        AppendFormatted(text, "    %.1f, %.1f: %.4g, %.4g, %d\n", d.yaw * kDegreesPerRadian,
+                        d.pitch * kDegreesPerRadian, CountedPositionError(d) * kMillimetresPerMetre,
+                        CountedRotationError(d) * kDegreesPerRadian, d.visibleCount);
     }
     return text;
 }

@@ -16,12 +16,12 @@ namespace kelvorig {
 // What an analysis was run on, for the summary's "inputs".
 struct SummaryInputs
 {
-    std::string layoutName;  // file name of the layout without folder and extension
-    std::string modelPath;   // empty for the result of a generate run
+    std::string layoutName; // file name of the layout without folder and extension
+    std::string modelPath;  // empty for the result of a generate run
     std::string sensorsPath;
     std::vector<std::string> obstaclePaths;
-    std::optional<double> unitScale;  // metres per file unit, with a surface
-    std::array<double, 3> sizeMm = {0.0, 0.0, 0.0};  // the sensor surface's extent, with a surface
+    std::optional<double> unitScale;                // metres per file unit, with a surface
+    std::array<double, 3> sizeMm = {0.0, 0.0, 0.0}; // the sensor surface's extent, with a surface
     double distanceMeters = 0.0;
     double maxIncidenceDegrees = 0.0;
     double gridStepDegrees = 0.0;
@@ -41,12 +41,12 @@ struct ErrorPercentiles
 // outweigh the rest. An unsolvable direction counts at the report's ceiling (1 m, 1 rad).
 struct CoverageSummary
 {
-    double score = 0.0;  // the anneal's score of this layout
-    std::array<double, 4> solvableShares = {0.0, 0.0, 0.0, 0.0};  // percent at 100, 99, 96, 0
+    double score = 0.0;                                          // the anneal's score of this layout
+    std::array<double, 4> solvableShares = {0.0, 0.0, 0.0, 0.0}; // percent at 100, 99, 96, 0
     ErrorPercentiles positionMm;
     ErrorPercentiles rotationDegrees;
-    std::vector<double> seenPercent;          // per sensor, in layout order
-    std::vector<DirectionQuality> worst;      // up to ten, worst first
+    std::vector<double> seenPercent;     // per sensor, in layout order
+    std::vector<DirectionQuality> worst; // up to ten, worst first
 };
 
 // The errors a direction counts with: the report's, or the ceiling where it is unsolvable.

@@ -3,14 +3,14 @@
 #include <cstddef>
 
 // The build names the files; the assembler copies each one whole between two labels.
-#define KELVORIG_EMBED(name, path)                                                                                 \
-    asm(".pushsection .rodata\n"                                                                                   \
-        ".balign 16\n"                                                                                             \
-        ".global " #name "Begin\n" #name "Begin:\n"                                                                \
-        ".incbin \"" path "\"\n"                                                                                   \
-        ".global " #name "End\n" #name "End:\n"                                                                    \
-        ".popsection\n");                                                                                          \
-    extern "C" const char name##Begin[];                                                                           \
+#define KELVORIG_EMBED(name, path)                                                                                     \
+    asm(".pushsection .rodata\n"                                                                                       \
+        ".balign 16\n"                                                                                                 \
+        ".global " #name "Begin\n" #name "Begin:\n"                                                                    \
+        ".incbin \"" path "\"\n"                                                                                       \
+        ".global " #name "End\n" #name "End:\n"                                                                        \
+        ".popsection\n");                                                                                              \
+    extern "C" const char name##Begin[];                                                                               \
     extern "C" const char name##End[]
 
 KELVORIG_EMBED(kelvorigThreeJs, KELVORIG_THREE_JS);

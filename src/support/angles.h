@@ -12,7 +12,7 @@ inline double DegreesToRadians(double degrees)
 constexpr double kPi = 3.141592653589793;
 constexpr double kHalfPi = 1.5707963267948966;
 constexpr double kFullTurn = 6.283185307179586;
-constexpr double kDegreesPerRadian = 180.0 / kPi;  // for what is shown to people, never for the scores
+constexpr double kDegreesPerRadian = 180.0 / kPi; // for what is shown to people, never for the scores
 
 // Lengths are metres inside the tool and millimetres where people read or give them.
 constexpr double kMillimetresPerMetre = 1000.0;

@@ -35,8 +35,7 @@ Triple<Scalar> RotateByUnitQuaternion(const Quaternion<Scalar>& q, const Triple<
     const Triple<Scalar> uuv = Cross(u, uv);
     const Scalar two(2.0);
     const Scalar twoW = two * q.w;
-    return {v[0] + twoW * uv[0] + two * uuv[0], v[1] + twoW * uv[1] + two * uuv[1],
-            v[2] + twoW * uv[2] + two * uuv[2]};
+    return {v[0] + twoW * uv[0] + two * uuv[0], v[1] + twoW * uv[1] + two * uuv[1], v[2] + twoW * uv[2] + two * uuv[2]};
 }
 
 } // namespace kelvorig

@@ -17,15 +17,12 @@ enum class StatusCode
 class [[nodiscard]] Status
 {
 public:
-    Status() = default;  // success
+    Status() = default; // success
 
     // `message` is the whole text to show, each line ending in '\n'; it may be empty when the
     // user has already been told (an interrupt) or there is nothing more to say.
     static Status Failure(std::string message) { return Status(StatusCode::kFailed, std::move(message)); }
-    static Status Interrupted(std::string message = {})
-    {
-        return Status(StatusCode::kInterrupted, std::move(message));
-    }
+    static Status Interrupted(std::string message = {}) { return Status(StatusCode::kInterrupted, std::move(message)); }
 
     bool ok() const { return code_ == StatusCode::kOk; }
     explicit operator bool() const { return ok(); }

@@ -33,7 +33,9 @@ public:
     template <typename Body>
     void ForEachRange(size_t count, size_t grain, Body& body)
     {
-        Run(count, grain, [](void* context, int32_t worker, size_t begin, size_t end)
+        Run(
+            count, grain,
+            [](void* context, int32_t worker, size_t begin, size_t end)
             { (*static_cast<Body*>(context))(worker, begin, end); },
             &body);
     }
@@ -59,7 +61,7 @@ private:
     std::atomic<size_t> doneItems_{0};    // items whose range has been finished
     std::atomic<bool> open_{false};       // a loop is under way
     std::atomic<uint32_t> inside_{0};     // helper threads between entering and leaving a loop
-    std::atomic<uint32_t> generation_{0};  // one step per loop; idle helpers wait on it
+    std::atomic<uint32_t> generation_{0}; // one step per loop; idle helpers wait on it
     std::atomic<bool> stopping_{false};
 };
 

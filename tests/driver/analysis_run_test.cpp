@@ -26,9 +26,10 @@ TEST(AnalysisRun, OcclusionThroughTheCommandLine)
     const std::string normals = "[1, 0, 0], [1, 0, 0], [-1, 0, 0], [-1, 0, 0], [0, 0, 1], [0, 1, 0], [0, 1, 0], "
                                 "[0, -1, 0], [0, -1, 0], [0, 0, -1], [0, 0, -1]";
     const std::string ids = R"({"channelMap": [0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10)";
-    test::WriteFile(dir.File("m.json"), ids + "], \"modelPoints\": [" + points + "], \"modelNormals\": [" + normals + "]}");
-    test::WriteFile(dir.File("t.json"), ids + ", -1], \"modelPoints\": [" + points + ", [0, 0, -0.05]], \"modelNormals\": [" +
-                                            normals + ", [0, 0, -1]]}");
+    test::WriteFile(dir.File("m.json"),
+                    ids + "], \"modelPoints\": [" + points + "], \"modelNormals\": [" + normals + "]}");
+    test::WriteFile(dir.File("t.json"), ids + ", -1], \"modelPoints\": [" + points +
+                                            ", [0, 0, -0.05]], \"modelNormals\": [" + normals + ", [0, 0, -1]]}");
     const auto analyse = [&](const std::string& model, std::vector<std::string> more)
     {
         more.insert(more.begin(), {"/model", dir.File(model), "/angleresolutiondegrees", "10"});
@@ -47,11 +48,14 @@ TEST(AnalysisRun, OcclusionThroughTheCommandLine)
         }
     }
     const test::CliResult open = analyse("m.json", {"/sensors", dir.File("box.stl")});
-    const test::CliResult covered = analyse("m.json", {"/sensors", dir.File("box.stl"), "/obstacles", dir.File("slab.stl")});
-    EXPECT_EQ(open.err, "");  // every sensor seen somewhere
-    EXPECT_EQ(covered.err, "WARNING: Input model point 4 doesn't seem to be on the supplied sensor surface at 0.03 0.01 "
-                           "0.05\ndid not see sensor id 4\n");
-    EXPECT_EQ(std::count(covered.out.begin(), covered.out.end(), '\n'), std::count(open.out.begin(), open.out.end(), '\n'));
+    const test::CliResult covered =
+        analyse("m.json", {"/sensors", dir.File("box.stl"), "/obstacles", dir.File("slab.stl")});
+    EXPECT_EQ(open.err, ""); // every sensor seen somewhere
+    EXPECT_EQ(covered.err,
+              "WARNING: Input model point 4 doesn't seem to be on the supplied sensor surface at 0.03 0.01 "
+              "0.05\ndid not see sensor id 4\n");
+    EXPECT_EQ(std::count(covered.out.begin(), covered.out.end(), '\n'),
+              std::count(open.out.begin(), open.out.end(), '\n'));
 }
 
 } // namespace

@@ -93,7 +93,7 @@ void RunCase(const Json::Value& c, const Json::Value& texts)
 
     EXPECT_EQ(result.status, c["status"].asInt());
     const std::string out = c.isMember("stdout_file") ? test::ReadFile(kData + c["stdout_file"].asString())
-                                                       : Expand(c["stdout"].asString(), texts);
+                                                      : Expand(c["stdout"].asString(), texts);
     EXPECT_EQ(result.out, c["any_stdout"].asBool() ? result.out : out);
     if (c.isMember("stderr_end"))
         EXPECT_TRUE(result.err.ends_with(Expand(c["stderr_end"].asString(), texts))) << result.err;

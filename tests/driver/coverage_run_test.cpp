@@ -12,7 +12,8 @@ namespace {
 using test::MakeBox;
 
 // Draws `count` seats on box.stl (and the obstacles) in `dir`; returns the seats drawn.
-std::vector<test::ScadSeat> Coverage(const test::TempDir& dir, const std::string& count, std::vector<std::string> more = {})
+std::vector<test::ScadSeat> Coverage(const test::TempDir& dir, const std::string& count,
+                                     std::vector<std::string> more = {})
 {
     more.insert(more.begin(), {"/verifycoverage", count, "/outscad", "c.scad", "/sensors", "box.stl"});
     const test::CliResult result = test::RunKelvorig(more, dir.path());

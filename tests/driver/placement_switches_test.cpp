@@ -39,8 +39,8 @@ TEST(PlacementSwitches, KeepOutEmptiesItsRegion)
     ASSERT_EQ(seats.size(), 400u);
     for (const test::ScadSeat& seat : seats)
     {
-        EXPECT_LT(seat.position.x(), 0.0f);                               // centimetres: 0.3 m wide
-        EXPECT_GT(seat.normal.dot(seat.position.normalized()), 0.0f);  // outwards
+        EXPECT_LT(seat.position.x(), 0.0f);                           // centimetres: 0.3 m wide
+        EXPECT_GT(seat.normal.dot(seat.position.normalized()), 0.0f); // outwards
     }
 }
 
@@ -66,9 +66,10 @@ bool OutsideHull(const std::vector<Eigen::Vector3d>& points, const Eigen::Vector
 TEST(PlacementSwitches, GenerateUnderMaxSeatDepthSeatsEverySensorWithin5MmOfTheHullsOutside)
 {
     const TempDir dir;
-    const test::CliResult result = RunKelvorig(
-        {"/generate", "/nsensors", "16", "/sensors", kShell, "/outmodel", "o.json", "/maxseatdepth", "5", "/seed", "3",
-         "/norientations", "200", "/niterations", "1", "/angleresolutiondegrees", "10"}, dir.path());
+    const test::CliResult result =
+        RunKelvorig({"/generate", "/nsensors", "16", "/sensors", kShell, "/outmodel", "o.json", "/maxseatdepth", "5",
+                     "/seed", "3", "/norientations", "200", "/niterations", "1", "/angleresolutiondegrees", "10"},
+                    dir.path());
     ASSERT_EQ(result.status, 0) << result.err;
     TrackedObjectModel model;
     ASSERT_TRUE(ReadModel(dir.File("o.json"), model));
@@ -76,13 +77,13 @@ TEST(PlacementSwitches, GenerateUnderMaxSeatDepthSeatsEverySensorWithin5MmOfTheH
     TriangleMatrix F;
     NormalMatrix N;
     ASSERT_TRUE(ReadMeshMatrices(kShell, V, F, N));
-    std::set<std::array<double, 3>> corners;  // each corner once, in metres
+    std::set<std::array<double, 3>> corners; // each corner once, in metres
     for (Eigen::Index row = 0; row < V.rows(); ++row)
         corners.insert({0.001 * V(row, 0), 0.001 * V(row, 1), 0.001 * V(row, 2)});
     std::vector<Eigen::Vector3d> points;
     for (const auto& [x, y, z] : corners)
         points.emplace_back(x, y, z);
-    EXPECT_FALSE(OutsideHull(points, Eigen::Vector3d(0.0, 0.0, -0.02)));  // the check sees inside
+    EXPECT_FALSE(OutsideHull(points, Eigen::Vector3d(0.0, 0.0, -0.02))); // the check sees inside
     ASSERT_EQ(model.modelPoints.size(), 16u);
     for (size_t i = 0; i < 16; ++i)
     {

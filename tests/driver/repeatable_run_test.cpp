@@ -30,8 +30,8 @@ struct BoxRun
     std::vector<std::string> Generate(std::vector<std::string> more, const char* iterations = "1") const
     {
         more.insert(more.begin(), {"/generate", "/nsensors", "6", "/sensors", dir.File("box.stl"), "/outmodel", json,
-                                   "/outscad", scad, "/norientations", "40", "/niterations", iterations,
-                                   "/coolingrate", "0.5", "/angleresolutiondegrees", "30"});
+                                   "/outscad", scad, "/norientations", "40", "/niterations", iterations, "/coolingrate",
+                                   "0.5", "/angleresolutiondegrees", "30"});
         return more;
     }
 
@@ -55,9 +55,9 @@ TEST(RepeatableRun, SeedsRepeatAtAnyThreadCountAndRestartsKeepTheBestSingleRun)
     for (int seed = 7; seed <= 10; ++seed)
     {
         singles.push_back(box.Run({"/seed", std::to_string(seed)}));
-        const std::string head = Lines(singles.back()[2]).at(0);  // "// Final Quality Score: " and the score
-        expectedErr.push_back("restart " + std::to_string(seed - 6) + "/4: " +
-                              head.substr(24, head.find(" / ") - 24) + " (seed " + std::to_string(seed) + ")");
+        const std::string head = Lines(singles.back()[2]).at(0); // "// Final Quality Score: " and the score
+        expectedErr.push_back("restart " + std::to_string(seed - 6) + "/4: " + head.substr(24, head.find(" / ") - 24) +
+                              " (seed " + std::to_string(seed) + ")");
     }
     const std::vector<std::string>& one = singles[0];
     EXPECT_EQ(box.Run({"/seed", "7", "/threads", "1"}), one);
@@ -69,7 +69,7 @@ TEST(RepeatableRun, SeedsRepeatAtAnyThreadCountAndRestartsKeepTheBestSingleRun)
     std::vector<std::string> err = Lines(restarts[1]);
     ASSERT_FALSE(err.empty());
     std::sort(err.begin() + 1, err.end());
-    expectedErr.insert(expectedErr.begin(), Lines(one[1]).at(0));  // the duration line
+    expectedErr.insert(expectedErr.begin(), Lines(one[1]).at(0)); // the duration line
     EXPECT_EQ(err, expectedErr);
     const auto scoreBelow = [](const auto& a, const auto& b)
     { return std::stod(a[2].substr(24)) < std::stod(b[2].substr(24)); };
@@ -79,8 +79,8 @@ TEST(RepeatableRun, SeedsRepeatAtAnyThreadCountAndRestartsKeepTheBestSingleRun)
         EXPECT_NE(entry.path().extension(), ".tmp");
 
     // The seats of /verifycoverage repeat too.
-    const std::vector<std::string> coverage = {"/verifycoverage", "30", "/sensors", box.dir.File("box.stl"),
-                                               "/outscad", box.scad, "/seed", "3"};
+    const std::vector<std::string> coverage = {"/verifycoverage", "30",     "/sensors", box.dir.File("box.stl"),
+                                               "/outscad",        box.scad, "/seed",    "3"};
     ASSERT_EQ(test::RunKelvorig(coverage).status, 0);
     const std::string first = ReadFile(box.scad);
     ASSERT_EQ(test::RunKelvorig(coverage).status, 0);
@@ -97,7 +97,7 @@ int InterruptWhen(const std::vector<std::string>& arguments, const std::string& 
     const pid_t child = test::StartKelvorig(arguments, "/dev/null", errPath);
     int status = 0;
     bool sent = false;
-    for (int wait = 0; wait < 6000; ++wait)  // 2 minutes
+    for (int wait = 0; wait < 6000; ++wait) // 2 minutes
     {
         if (waitpid(child, &status, WNOHANG) == child)
             return test::ExitStatus(status);
@@ -121,7 +121,7 @@ TEST(RepeatableRun, AnInterruptedRunWritesCompleteFilesAndEndsWith130)
     const struct
     {
         std::vector<std::string> arguments;
-        std::string ready;  // what shows that the run is where the signal should find it
+        std::string ready; // what shows that the run is where the signal should find it
         int signal;
     } cases[] = {
         {box.Generate({"/seed", "5"}, "100000"), "....", SIGINT},

@@ -17,11 +17,13 @@ TEST(LowerThreadPriority, RaisesOnlyTheCallingThreadsNiceValue)
     const int mainBefore = callingThreadNice();
     int before = 0, after = 0;
     // A thread of its own, so that the test runner keeps its priority.
-    std::thread worker([&] {
-        before = callingThreadNice();
-        LowerThreadPriority();
-        after = callingThreadNice();
-    });
+    std::thread worker(
+        [&]
+        {
+            before = callingThreadNice();
+            LowerThreadPriority();
+            after = callingThreadNice();
+        });
     worker.join();
     EXPECT_EQ(after, std::min(before + 5, 19));
     EXPECT_EQ(callingThreadNice(), mainBefore);

@@ -20,8 +20,9 @@ TEST(ReadMeshList, StacksFilesInOrderOrFailsWhole)
     VertexMatrix V;
     TriangleMatrix F;
     NormalMatrix N;
-    ASSERT_TRUE(ReadMeshList(std::vector<std::string>{dir.File("tetrahedron.stl"), dir.File("empty.stl"), dir.File("box.stl"),
-                              dir.File("tetrahedron.stl")}, V, F, N));
+    ASSERT_TRUE(ReadMeshList(std::vector<std::string>{dir.File("tetrahedron.stl"), dir.File("empty.stl"),
+                                                      dir.File("box.stl"), dir.File("tetrahedron.stl")},
+                             V, F, N));
     ASSERT_EQ(std::make_tuple(V.rows(), F.rows(), N.rows()), std::make_tuple(60, 20, 20));
     for (int t = 0; t < static_cast<int>(F.rows()); ++t)
         EXPECT_EQ(F.row(t), Eigen::RowVector3i(3 * t, 3 * t + 1, 3 * t + 2));
@@ -30,8 +31,8 @@ TEST(ReadMeshList, StacksFilesInOrderOrFailsWhole)
     EXPECT_EQ(V.row(48), tetrahedron.vertices[tetrahedron.triangles[0][0]].transpose());
 
     const VertexMatrix before = V;
-    const Status read =
-        ReadMeshList(std::vector<std::string>{dir.File("box.stl"), dir.File("missing.stl"), dir.File("other.stl")}, V, F, N);
+    const Status read = ReadMeshList(
+        std::vector<std::string>{dir.File("box.stl"), dir.File("missing.stl"), dir.File("other.stl")}, V, F, N);
     EXPECT_EQ(read.message(), "IOError: " + dir.File("missing.stl") + " could not be opened...\n");
     EXPECT_EQ(V, before);
 }

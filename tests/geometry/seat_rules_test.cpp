@@ -18,12 +18,12 @@ void ApplyRules(test::MeshSurface& mesh, const CommandOptions& options, std::uni
 TEST(SeatRules, TubeAndCapGetNoSeatOnTheirInnerFacesUnderMaxSeatDepth)
 {
     const std::vector<std::vector<Eigen::Vector2f>> shapes = {
-        {{27, 40}, {30, 40}, {30, 0}, {27, 0}},                     // tube, open at both ends
-        {{0, 40}, {30, 40}, {30, 0}, {27, 0}, {27, 37}, {0, 37}}};  // cap, open at the bottom
+        {{27, 40}, {30, 40}, {30, 0}, {27, 0}},                    // tube, open at both ends
+        {{0, 40}, {30, 40}, {30, 0}, {27, 0}, {27, 37}, {0, 37}}}; // cap, open at the bottom
     for (const auto& profile : shapes)
         for (const bool ruled : {false, true})
         {
-            CommandOptions options;  // profiles in millimetres
+            CommandOptions options; // profiles in millimetres
             options.maxSeatDepth = ruled ? std::optional(5.0) : std::nullopt;
             test::MeshSurface mesh(test::Revolve(profile), 5u);
             std::unique_ptr<SeatRules> rules;

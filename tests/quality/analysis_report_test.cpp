@@ -25,9 +25,15 @@ using test::Lines;
 SensorLayout ShellLayout()
 {
     std::vector<Eigen::Vector3f> points, normals;
-    for (const Eigen::Vector3f& p : {Eigen::Vector3f(0.08f, 0.01f, 0.03f), {-0.07f, 0.02f, 0.04f}, {0.01f, 0.09f, 0.02f},
-                                     {0.02f, -0.08f, 0.05f}, {0.0f, 0.01f, 0.1f}, {0.05f, 0.05f, 0.07f},
-                                     {-0.05f, -0.04f, 0.06f}, {0.06f, -0.05f, -0.03f}, {-0.04f, 0.06f, -0.05f},
+    for (const Eigen::Vector3f& p : {Eigen::Vector3f(0.08f, 0.01f, 0.03f),
+                                     {-0.07f, 0.02f, 0.04f},
+                                     {0.01f, 0.09f, 0.02f},
+                                     {0.02f, -0.08f, 0.05f},
+                                     {0.0f, 0.01f, 0.1f},
+                                     {0.05f, 0.05f, 0.07f},
+                                     {-0.05f, -0.04f, 0.06f},
+                                     {0.06f, -0.05f, -0.03f},
+                                     {-0.04f, 0.06f, -0.05f},
                                      {0.03f, 0.02f, -0.09f}})
     {
         points.push_back(p);
@@ -45,10 +51,12 @@ test::CliResult Report(QualityEvaluator& evaluator, const SensorLayout& layout, 
     evaluator.SampleAnalysisPoses(kFullTurn, step);
     evaluator.poseVector()[2] = -distance;
     WorkerPool workers(threads);
-    return test::CaptureFiles([&](FILE* out, FILE* err) {
-        sensitivity ? evaluator.WriteSensitivityReport(workers, out, err)
-                    : evaluator.WriteCoverageReport(workers, out, err);
-    });
+    return test::CaptureFiles(
+        [&](FILE* out, FILE* err)
+        {
+            sensitivity ? evaluator.WriteSensitivityReport(workers, out, err)
+                        : evaluator.WriteCoverageReport(workers, out, err);
+        });
 }
 
 // The report's errors for what the reference model sees: along each translation axis, then
@@ -56,7 +64,8 @@ test::CliResult Report(QualityEvaluator& evaluator, const SensorLayout& layout, 
 std::array<double, 5> ReportedErrors(const test::ReferenceView& view)
 {
     const Eigen::Matrix<double, 6, 1>& v = view.variances;
-    const auto clamp = [](double variance) { return std::isnan(variance) || variance > 1.0 ? 1.0 : std::sqrt(variance); };
+    const auto clamp = [](double variance)
+    { return std::isnan(variance) || variance > 1.0 ? 1.0 : std::sqrt(variance); };
     return {clamp(v[0]), clamp(v[1]), clamp(v[2]), clamp(v[0] + v[1] + v[2]), clamp(v[3] + v[4] + v[5])};
 }
 
@@ -73,7 +82,8 @@ TEST(CoverageReport, RowsMatchIndependentComputation)
         std::istringstream in(lines[k]);
         double yaw, pitch, distance, zero, rotation, position;
         int count, z0, z1, z2, solvable, failure;
-        in >> yaw >> pitch >> distance >> zero >> count >> z0 >> z1 >> z2 >> solvable >> failure >> rotation >> position;
+        in >> yaw >> pitch >> distance >> zero >> count >> z0 >> z1 >> z2 >> solvable >> failure >> rotation >>
+            position;
         std::vector<int> ids;
         for (int id; in >> id;)
             ids.push_back(id);
@@ -122,12 +132,14 @@ TEST(CoverageReport, SolvabilityPercentagesFollowTheCases)
     for (const auto& test : cases)
     {
         QualityEvaluator evaluator;
-        const SensorLayout layout = test::MakeLayout(test.points, std::vector<Eigen::Vector3f>(test.points.size(), {1, 0, 0}));
+        const SensorLayout layout =
+            test::MakeLayout(test.points, std::vector<Eigen::Vector3f>(test.points.size(), {1, 0, 0}));
         const test::CliResult report = Report(evaluator, layout, 1.5707963267948966, 2.0, false);
         const std::vector<std::string> lines = Lines(report.out);
         ASSERT_EQ(lines.size(), 15u);
         EXPECT_TRUE(lines[10].starts_with("1.570796 0.000000 2.0 0.0 " + test.seen)) << lines[10];
-        std::string all = "0.000000 0.000000 2.0 0.0 " + std::to_string(test.points.size()) + " 0 0 0 0 100 1.000000 1.000000";
+        std::string all =
+            "0.000000 0.000000 2.0 0.0 " + std::to_string(test.points.size()) + " 0 0 0 0 100 1.000000 1.000000";
         for (size_t i = 0; i < test.points.size(); ++i)
             all += ' ' + std::to_string(i);
         EXPECT_EQ(lines[7], all);
@@ -156,7 +168,8 @@ TEST(SensitivityReport, RowsMatchIndependentComputation)
         row >> yaw >> pitch >> error[0] >> error[1] >> error[2];
         const BaseStationPose& pose = evaluator.poses()[k];
         const Eigen::Matrix3d rotation = test::RotationOntoZ(test::GridDirection(pose.gridYaw, pose.gridPitch));
-        const test::ReferenceView view = test::ReferenceViewOf(layout, rotation, rotation * Eigen::Vector3d(0.0, 0.0, -2.5));
+        const test::ReferenceView view =
+            test::ReferenceViewOf(layout, rotation, rotation * Eigen::Vector3d(0.0, 0.0, -2.5));
         ASSERT_EQ(view.ids, unrotated.ids);
         // Off to the side the sweep angles turn singular and differences can't follow.
         if ((rotation * Eigen::Vector3d(0.0, 0.0, -2.5)).z() > -1.0)
@@ -202,7 +215,8 @@ std::vector<std::string> RunReport(const ReportSetup& setup, int32_t threads)
     for (double v : evaluator.poseVector())
         state += std::to_string(v) + ' ';
     for (size_t i = 0; i < 10; ++i)
-        state += std::to_string(evaluator.visibility()->visible[i]) + std::to_string(evaluator.visibility()->everSeen[i]);
+        state +=
+            std::to_string(evaluator.visibility()->visible[i]) + std::to_string(evaluator.visibility()->everSeen[i]);
     return {text.out, text.err, state};
 }
 
@@ -210,8 +224,12 @@ std::vector<std::string> RunReport(const ReportSetup& setup, int32_t threads)
 // more rows than are computed between two writes.
 TEST(ParallelAnalysisReport, TextIsTheOneThreadTextByteForByte)
 {
-    const ReportSetup setups[] = {{}, {.occlusion = false}, {.tilt = 0.4}, {.stepDegrees = 3.0},
-                                  {.sensitivity = true}, {.sensitivity = true, .tilt = 0.4}};
+    const ReportSetup setups[] = {{},
+                                  {.occlusion = false},
+                                  {.tilt = 0.4},
+                                  {.stepDegrees = 3.0},
+                                  {.sensitivity = true},
+                                  {.sensitivity = true, .tilt = 0.4}};
     for (const ReportSetup& setup : setups)
     {
         const std::vector<std::string> one = RunReport(setup, 1);

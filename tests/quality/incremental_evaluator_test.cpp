@@ -17,8 +17,8 @@ struct Case
     bool occlusion;
     int32_t orientations;
     int32_t threads;
-    bool tilted;       // a tilted sweep that can't reach some sensors
-    bool translation;  // translation moved off the default
+    bool tilted;      // a tilted sweep that can't reach some sensors
+    bool translation; // translation moved off the default
 };
 
 // The same moves, some undone and checkpointed, fed to the reference and to the incremental
@@ -42,8 +42,9 @@ void CompareMoves(const Case& c, int (&met)[3])
         reference.poseVector()[0] = 0.3, reference.poseVector()[2] = -1.5;
     WorkerPool workers(c.threads);
     IncrementalEvaluator fast(reference, workers);
-    const auto classOf = [&](double term)
-    { return term == QualityEvaluator::kFailedPoseCost ? 0 : term == 1.0 + reference.scoreOffset() ? 1 : 2; };
+    const auto classOf = [&](double term) {
+        return term == QualityEvaluator::kFailedPoseCost ? 0 : term == 1.0 + reference.scoreOffset() ? 1 : 2;
+    };
     const auto compare = [&](double score, int move)
     {
         double sum = 0.0;
@@ -77,7 +78,7 @@ void CompareMoves(const Case& c, int (&met)[3])
             layout.normals[index] = oldNormal;
             fast.UndoMove();
             if (move % 6 == 1)
-                fast.UndoMove();  // a second undo has nothing left to undo
+                fast.UndoMove(); // a second undo has nothing left to undo
             compare(fast.Checkpoint(), move);
         }
     }
@@ -89,7 +90,7 @@ TEST(IncrementalEvaluator, MovesScoreAsTheReferenceAndClassifyEveryPoseAlike)
         {9, true, 120, 1, false, false}, {9, true, 120, 2, false, false}, {9, false, 120, 3, false, false},
         {6, true, 120, 2, false, true},  {6, true, 120, 2, true, false},  {3, true, 60, 1, false, false},
         {1, true, 30, 2, false, false},  {0, true, 30, 2, false, false},  {4, true, 1, 2, false, false},
-        {4, true, 0, 2, false, false},  // no poses: the scale is infinite
+        {4, true, 0, 2, false, false}, // no poses: the scale is infinite
     };
     int met[3] = {};
     for (const Case& c : cases)
@@ -97,7 +98,7 @@ TEST(IncrementalEvaluator, MovesScoreAsTheReferenceAndClassifyEveryPoseAlike)
         SCOPED_TRACE(testing::Message() << c.sensors << " sensors, " << c.orientations << " orientations");
         CompareMoves(c, met);
     }
-    EXPECT_TRUE(met[0] > 0 && met[1] > 0 && met[2] > 0);  // the premise: every class occurs
+    EXPECT_TRUE(met[0] > 0 && met[1] > 0 && met[2] > 0); // the premise: every class occurs
 }
 
 } // namespace

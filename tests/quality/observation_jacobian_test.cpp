@@ -23,11 +23,12 @@ TEST(ObservationJacobian, MatchesFiniteDifferences)
             std::vector<Eigen::Vector3f> points;
             for (int i = 0; i < 6; ++i)
                 points.push_back(Eigen::Vector3d(DrawRange(engine, -0.1, 0.1), DrawRange(engine, -0.1, 0.1),
-                                                 DrawRange(engine, -0.1, 0.1)).cast<float>());
+                                                 DrawRange(engine, -0.1, 0.1))
+                                     .cast<float>());
             const SensorLayout layout = test::MakeLayout(points, std::vector<Eigen::Vector3f>(6, {0, 0, 1}));
             const BaseStationModel baseStation{kind, 0.5};
             SensorVisibility visibility(layout, nullptr, baseStation);
-            visibility.visible[1] = visibility.visible[4] = false;  // hidden sensors take no rows
+            visibility.visible[1] = visibility.visible[4] = false; // hidden sensors take no rows
             test::ReferencePose pose;
             pose << DrawRange(engine, -0.3, 0.3), DrawRange(engine, -0.3, 0.3), DrawRange(engine, -2.5, -1.5),
                 DrawRange(engine, -1.0, 1.0), DrawRange(engine, -1.0, 1.0), DrawRange(engine, -1.0, 1.0);
@@ -46,7 +47,8 @@ TEST(ObservationJacobian, MatchesFiniteDifferences)
             {
                 EXPECT_NEAR(residuals[row], test::ReferenceAngles(pose, seen[row / 2], tilt)[row % 2], 1e-12);
                 for (int column = 0; column < 6; ++column)
-                    EXPECT_NEAR(jacobian(row, column), expected(row, column), 1e-6 * (1.0 + std::abs(expected(row, column))))
+                    EXPECT_NEAR(jacobian(row, column), expected(row, column),
+                                1e-6 * (1.0 + std::abs(expected(row, column))))
                         << "trial " << trial << " row " << row << " column " << column;
             }
         }

@@ -41,10 +41,10 @@ TEST(PoseSolvability, HitsAndGeometry)
         {{{0, 0}, {1, 0}, {2, 0}, {4, 0}, {5, 0}, {0, 1}, {1, 1}, {2, 1}}, false, false},
         {{{0, 0}, {1, 0}, {2, 0}, {4, 0}, {0, 1}, {1, 1}, {2, 1}, {5, 1}}, true, true},
         {{}, false, false},
-        {BothAxes({0, 1, 2, 3}), true, false},  // coplanar
+        {BothAxes({0, 1, 2, 3}), true, false}, // coplanar
         {BothAxes({0, 1, 2, 3, 4, 5, 6, 7}), true, true},
         {{{0, 0}, {1, 0}, {2, 0}, {4, 0}, {3, 1}, {5, 1}, {6, 1}, {7, 1}}, true, true},  // axes apart
-        {{{0, 0}, {1, 0}, {2, 0}, {4, 0}, {0, 1}, {1, 1}, {2, 1}, {3, 1}}, true, false},  // axis 1 planar
+        {{{0, 0}, {1, 0}, {2, 0}, {4, 0}, {0, 1}, {1, 1}, {2, 1}, {3, 1}}, true, false}, // axis 1 planar
     };
     for (const auto& c : cases)
     {

@@ -50,7 +50,8 @@ TEST(QualityEvaluator, TermsMatchIndependentPoseError)
         const double error = view.PositionError() + view.RotationError();
         if (view.points.size() >= 3 && !std::isnan(error))
         {
-            EXPECT_NEAR(term, std::tanh(100.0 * error - 2.0) + std::tanh(2.0), 1e-6) << "pose with " << view.points.size();
+            EXPECT_NEAR(term, std::tanh(100.0 * error - 2.0) + std::tanh(2.0), 1e-6)
+                << "pose with " << view.points.size();
             ++scored;
         }
     }

@@ -79,7 +79,8 @@ ReferenceView ReferenceViewOf(const SensorLayout& layout, const Eigen::Matrix3d&
     ReferenceView view;
     for (size_t i = 0; i < layout.SensorCount(); ++i)
     {
-        const double c = (rotation * layout.normals[i]).dot(-(rotation * layout.positions[i] + translation).normalized());
+        const double c =
+            (rotation * layout.normals[i]).dot(-(rotation * layout.positions[i] + translation).normalized());
         view.borderline = view.borderline || std::abs(c - layout.cosMaxIncidence) < 1e-9;
         if (c > layout.cosMaxIncidence)
         {

@@ -22,8 +22,7 @@ Eigen::Matrix3d RotationOfVector(const Eigen::Vector3d& rotationVector);
 Eigen::Vector2d ReferenceAngles(const ReferencePose& pose, const Eigen::Vector3d& p, double tilt);
 
 // 2n by 6, rows in the order of `points`.
-Eigen::MatrixXd ReferenceJacobian(const ReferencePose& pose, const std::vector<Eigen::Vector3d>& points,
-                                  double tilt);
+Eigen::MatrixXd ReferenceJacobian(const ReferencePose& pose, const std::vector<Eigen::Vector3d>& points, double tilt);
 
 // Variances of tx, ty, tz, rx, ry, rz for these sensors seen at this pose; NaN when the
 // sensors can't fix all six parameters.
@@ -38,7 +37,7 @@ struct ReferenceView
     std::vector<int> ids;
     std::vector<Eigen::Vector3d> points;
     Eigen::Matrix<double, 6, 1> variances = Eigen::Matrix<double, 6, 1>::Constant(std::nan(""));
-    bool borderline = false;  // a sensor within 1e-9 of the limit, where rounding decides
+    bool borderline = false; // a sensor within 1e-9 of the limit, where rounding decides
 
     double PositionError() const { return std::sqrt(variances.head<3>().sum()); }
     double RotationError() const { return std::sqrt(variances.tail<3>().sum()); }

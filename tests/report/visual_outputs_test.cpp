@@ -98,8 +98,14 @@ TEST(VisualOutputs, SummaryAndMapAgreeWithAnIndependentComputation)
         model += (i ? ",[" : "[") + std::to_string(kPoints[i].x()) + "," + std::to_string(kPoints[i].y()) + "," +
                  std::to_string(kPoints[i].z()) + "]";
     test::WriteFile(dir.File("ring.json"), model + R"(], "modelNormals": )" + model.substr(model.find("[[")) + "]}");
-    const std::vector<std::string> run = {"/model", dir.File("ring.json"), "/angleresolutiondegrees", "15",
-                                          "/distancebasemeters", "1.5", "/maxincidenceangle", "70"};
+    const std::vector<std::string> run = {"/model",
+                                          dir.File("ring.json"),
+                                          "/angleresolutiondegrees",
+                                          "15",
+                                          "/distancebasemeters",
+                                          "1.5",
+                                          "/maxincidenceangle",
+                                          "70"};
     std::vector<std::string> withOutputs = run;
     withOutputs.insert(withOutputs.end(), {"/outsummary", dir.File("s.json"), "/outpng", dir.File("m.png")});
     const test::CliResult plain = test::RunKelvorig(run);
@@ -125,7 +131,7 @@ TEST(VisualOutputs, SummaryAndMapAgreeWithAnIndependentComputation)
             layout, test::RotationOntoZ(test::GridDirection(pose.gridYaw, pose.gridPitch)), {0.0, 0.0, -1.5});
         ASSERT_FALSE(view.borderline);
         if (std::isnan(pose.quaternion.w))
-            view = {};  // the pole's record is not a number and sees nothing
+            view = {}; // the pole's record is not a number and sees nothing
         for (const int id : view.ids)
             seen[static_cast<size_t>(id)] += weight;
         const std::vector<Eigen::Vector3d>& visible = view.points;
@@ -182,8 +188,8 @@ TEST(VisualOutputs, GenerateWritesTheScoreOfItsLayoutAndAReportThatOpensInABrows
     test::WriteBinaryStl(dir.File("box.stl"), test::MakeBox(Eigen::Vector3f(0.1f, 0.1f, 0.1f)));
     test::WriteFile(dir.File("immutable.json"), R"({"channelMap": [4, 9], "modelPoints": [[0, 0, 0.05],
         [0.05, 0.01, -0.02]], "modelNormals": [[0, 0, 1], [1, 0, 0]]})");
-    const std::vector<std::string> common = {"/sensors", dir.File("box.stl"), "/norientations", "40",
-                                             "/angleresolutiondegrees", "10"};
+    const std::vector<std::string> common = {"/sensors", dir.File("box.stl"),       "/norientations",
+                                             "40",       "/angleresolutiondegrees", "10"};
     const auto generate = [&](std::vector<std::string> more)
     {
         more.insert(more.end(), {"/generate", "/nsensors", "6", "/niterations", "1", "/coolingrate", "0.5", "/model",
@@ -191,7 +197,7 @@ TEST(VisualOutputs, GenerateWritesTheScoreOfItsLayoutAndAReportThatOpensInABrows
         more.insert(more.end(), common.begin(), common.end());
         return test::RunKelvorig(more);
     };
-    ASSERT_EQ(generate({"/outscad", dir.File("drawing.scad")}).status, 0);  // no seed, so no note of one
+    ASSERT_EQ(generate({"/outscad", dir.File("drawing.scad")}).status, 0); // no seed, so no note of one
     ASSERT_EQ(generate({"/seed", "3", "/outmodel", dir.File("model.json")}).status, 0);
     const test::CliResult generated =
         generate({"/seed", "3", "/outmodel", dir.File("g.json"), "/outscad", dir.File("g.scad"), "/outsummary",

@@ -54,7 +54,7 @@ TestMesh Revolve(const std::vector<Eigen::Vector2f>& profile, int steps)
     for (size_t k = 0; k < profile.size(); ++k)
         for (int s = 0; s < steps; ++s)
             for (const std::array<Eigen::Vector3f, 3>& t : {std::array{at(k, s), at(k + 1, s), at(k + 1, s + 1)},
-                                                           std::array{at(k, s), at(k + 1, s + 1), at(k, s + 1)}})
+                                                            std::array{at(k, s), at(k + 1, s + 1), at(k, s + 1)}})
                 if (t[0] != t[1] && t[1] != t[2] && t[2] != t[0])
                 {
                     const int first = static_cast<int>(mesh.vertices.size());

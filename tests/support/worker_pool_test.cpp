@@ -43,8 +43,9 @@ TEST(WorkerPool, EveryItemOnceInRangesOfAtMostTheGrain)
             std::vector<int> visits(c.count, 0);
             std::vector<size_t> begins;
             bool fit = true;
-            std::mutex mutex;  // guards fit and begins; the visits are disjoint
-            auto body = [&](int32_t id, size_t begin, size_t end) {
+            std::mutex mutex; // guards fit and begins; the visits are disjoint
+            auto body = [&](int32_t id, size_t begin, size_t end)
+            {
                 const std::lock_guard<std::mutex> lock(mutex);
                 fit = fit && begin < end && end - begin <= std::max<size_t>(c.grain, 1) && id >= 0 && id < c.threads;
                 fit = fit && (c.threads > 1 || std::this_thread::get_id() == caller);
@@ -67,21 +68,24 @@ TEST(WorkerPool, HelpersShareTheWorkAndAreNotHeldToTheCreatorsProcessor)
 {
     int creatorCount = 0, helperCount = 0;
     std::atomic<int> helped = 0;
-    std::thread creator([&] {
-        cpu_set_t first;
-        CPU_ZERO(&first);
-        CPU_SET(sched_getcpu(), &first);
-        sched_setaffinity(0, sizeof first, &first);
-        creatorCount = ProcessorCountOfThisThread();
-        WorkerPool workers(3);
-        auto wait = [&](int32_t id, size_t, size_t) {
-            helped += id != 0;
-            if (id == 1)
-                helperCount = ProcessorCountOfThisThread();
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        };
-        workers.ForEachRange(12, 1, wait);
-    });
+    std::thread creator(
+        [&]
+        {
+            cpu_set_t first;
+            CPU_ZERO(&first);
+            CPU_SET(sched_getcpu(), &first);
+            sched_setaffinity(0, sizeof first, &first);
+            creatorCount = ProcessorCountOfThisThread();
+            WorkerPool workers(3);
+            auto wait = [&](int32_t id, size_t, size_t)
+            {
+                helped += id != 0;
+                if (id == 1)
+                    helperCount = ProcessorCountOfThisThread();
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            };
+            workers.ForEachRange(12, 1, wait);
+        });
     creator.join();
     EXPECT_EQ(creatorCount, 1);
     EXPECT_EQ(helperCount, kStartupProcessorCount);
