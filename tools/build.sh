@@ -1,6 +1,11 @@
 #!/usr/bin/env bash
-# Configures and builds kelvorig, its tests and benchmarks into build/.
+# Configures and builds kelvorig, its tests and benchmarks into build/ (Ninja, and ccache where
+# installed). Extra arguments go to CMake, e.g. -DKELVORIG_BUILD_BENCH=OFF -DKELVORIG_WERROR=ON.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
-cmake --build build -j "$(nproc)"
+launcher=()
+if command -v ccache >/dev/null; then
+    launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
+cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release "${launcher[@]}" "$@" >/dev/null
+cmake --build build

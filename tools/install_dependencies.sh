@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages kelvorig builds, tests and benchmarks with (run as root).
-# --for-tests (or its older name --with-openscad) adds what only the test suite uses: OpenSCAD, and
-# Chromium to open the HTML report.
+# --for-tests (or its older name --with-openscad) adds what only the test suite uses: OpenSCAD,
+# Chromium to open the HTML report, and clang-format to check the formatting.
 set -euo pipefail
-packages=(cmake make g++ pkg-config libembree-dev libeigen3-dev libjsoncpp-dev libqhull-dev libgtest-dev libbenchmark-dev
+packages=(cmake ninja-build ccache g++ pkg-config libembree-dev libeigen3-dev libjsoncpp-dev libqhull-dev libgtest-dev libbenchmark-dev
           libcairo2-dev libjs-three)
 for option in "$@"; do
     case "$option" in
-        --for-tests | --with-openscad) packages+=(openscad chromium) ;;
+        --for-tests | --with-openscad) packages+=(openscad chromium clang-format) ;;  # clang-format: tools/check_format.sh
         --with-fuzz) packages+=(clang libfuzzer-14-dev) ;;  # tools/fuzz.sh
     esac
 done

@@ -1,16 +1,22 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the whole test suite: once on the Release build, and
-# once more under AddressSanitizer and UndefinedBehaviorSanitizer in build-sanitize/ (no
-# benchmarks there, to keep the run short), then a short fuzz pass over the readers where clang is
-# present: 60 s per target, two at a time.
+# Installs what is missing, checks the formatting, builds (warnings as errors, no benchmarks) and
+# runs the whole test suite: once on the Release build, and once more under AddressSanitizer and
+# UndefinedBehaviorSanitizer in build-sanitize/, then a short fuzz pass over the readers: 15 s per
+# target, two at a time (tools/fuzz.sh takes longer passes).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/install_dependencies.sh --for-tests --with-fuzz
-bash tools/build.sh
+bash tools/check_format.sh
+bash tools/build.sh -DKELVORIG_BUILD_BENCH=OFF -DKELVORIG_WERROR=ON
 ctest --test-dir build --output-on-failure -j "$(nproc)"
-cmake -S . -B build-sanitize -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKELVORIG_SANITIZE=ON -DKELVORIG_BUILD_BENCH=OFF >/dev/null
-cmake --build build-sanitize -j "$(nproc)" --target kelvorig kelvorig_tests
+launcher=()
+if command -v ccache >/dev/null; then
+    launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
+cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKELVORIG_SANITIZE=ON -DKELVORIG_BUILD_BENCH=OFF \
+    -DKELVORIG_WERROR=ON "${launcher[@]}" >/dev/null
+cmake --build build-sanitize --target kelvorig kelvorig_tests
 ctest --test-dir build-sanitize --output-on-failure -j "$(nproc)"
 if command -v clang++ >/dev/null; then
-    bash tools/fuzz.sh 60 2
+    bash tools/fuzz.sh 15 2
 fi
