@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace kelvorig {
 namespace {
 
@@ -71,34 +73,18 @@ TEST(DeviceConfigReader, ImuOrHeadObjectMakesFormat1AndIgnoresTheRootCalibration
 // or fails with one of its own texts, and never throws.
 TEST(DeviceConfigReader, AnyKindOfValueUnderAnyKeyIsHandled)
 {
-    const char* const keys[] = {"revision",
-                                "type",
-                                "device_class",
-                                "device_vid",
-                                "device_serial_number",
-                                "seconds_from_vsync_to_photons",
-                                "device",
-                                "display_edid",
-                                "display_mc",
-                                "display_gc",
-                                "tracking_camera_unique_id",
-                                "tracking_to_eye_transform",
-                                "imu",
-                                "head",
-                                "trackref_from_imu",
-                                "trackref_from_head",
-                                "gyro_bias",
-                                "pharoscope_config",
-                                "tracked_camera",
-                                "resource_root",
-                                "firmware_config"};
+    // note: one text, so that the list stays a few lines long.
+    std::istringstream keys("revision type device_class device_vid device_serial_number seconds_from_vsync_to_photons "
+                            "device display_edid display_mc display_gc tracking_camera_unique_id "
+                            "tracking_to_eye_transform imu head trackref_from_imu trackref_from_head gyro_bias "
+                            "pharoscope_config tracked_camera resource_root firmware_config");
     const char* const values[] = {"null",        "true",
                                   "-3",          "4000000000",
                                   "1e300",       "\"text\"",
                                   "[]",          "[1, \"a\", [2]]",
                                   "{}",          "{\"type\": [1], \"position\": {}, \"intrinsics\": 3}",
                                   "[{\"a\": 1}]"};
-    for (const char* key : keys)
+    for (std::string key; keys >> key;)
         for (const char* value : values)
         {
             const std::string text = Hmd("", R"("device_class": "controller", ")" + std::string(key) + "\": " + value);
