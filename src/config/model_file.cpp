@@ -1,5 +1,7 @@
 #include "config/model_file.h"
 
+#include "config/layout_checks.h"
+
 #include "config/device_config.h"
 #include "support/runtime_paths.h"
 #include "support/text_file.h"
@@ -16,7 +18,8 @@ namespace {
 constexpr const char* kSectionKey = "pharoscope_config";
 constexpr const char* kQuotedSectionKey = "\"pharoscope_config\"";
 
-Status ReadStandaloneSection(const std::string& name, const std::string& text, TrackedObjectModel& model)
+Status ReadStandaloneSection(const std::string& name, const std::string& text, TrackedObjectModel& model,
+                             std::string& warnings)
 {
     Json::Value section;
     Json::Reader reader;
@@ -33,6 +36,8 @@ Status ReadStandaloneSection(const std::string& name, const std::string& text, T
     if (!failure.empty())
         return Status::Failure("couldn't parse standalone pharoscope_config " + name + ": " + failure + "\n");
 
+    if (Status checked = CheckLayoutSection(name, section, warnings); !checked)
+        return checked;
     Json::Value wrapper;
     wrapper[kSectionKey] = section;
     try
@@ -51,7 +56,7 @@ Status ReadStandaloneSection(const std::string& name, const std::string& text, T
 
 } // namespace
 
-Status ReadModel(const std::string& path, TrackedObjectModel& model)
+Status ReadModel(const std::string& path, TrackedObjectModel& model, std::string* warnings)
 {
     std::string name = path;
     std::string text;
@@ -71,29 +76,29 @@ Status ReadModel(const std::string& path, TrackedObjectModel& model)
         return Status::Failure("couldn't read " + name + ": is a directory\n");
     if (text.empty())
         return Status::Failure("couldn't read " + name + ": file is empty or does not exist\n");
-    return ReadModelText(name, text, model);
+    return ReadModelText(name, text, model, warnings);
 }
 
-Status ReadModelText(const std::string& name, const std::string& text, TrackedObjectModel& model)
+Status ReadModelText(const std::string& name, const std::string& text, TrackedObjectModel& model, std::string* warnings)
 {
+    std::string ignored;
+    std::string& said = warnings != nullptr ? *warnings : ignored;
     // The quoted key alone decides the shape, even when it stands in a comment.
     if (text.find(kQuotedSectionKey) == std::string::npos)
-        return ReadStandaloneSection(name, text, model);
+        return ReadStandaloneSection(name, text, model, said);
 
     DeviceConfig config;
     std::string error;
     if (!config.Parse(error, text))
         return Status::Failure("couldn't read " + name + ": " + error + "\n");
+    // The device file parsed, so its section parses again, as it stands in the file, for the checks.
+    Json::Value root;
+    if (Json::Reader().parse(text, root, false) && root.isObject())
+    {
+        if (Status checked = CheckLayoutSection(name, root[kSectionKey], said); !checked)
+            return checked;
+    }
     model = config.pharoscope_config;
-    return {};
-}
-
-Status LoadSensorLayout(const std::string& path, std::unique_ptr<SensorLayout>& layout)
-{
-    TrackedObjectModel model;
-    if (Status read = ReadModel(path, model); !read.ok())
-        return read;
-    layout = std::make_unique<SensorLayout>(model, kIdentityTransform);
     return {};
 }
 

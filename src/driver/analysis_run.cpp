@@ -12,16 +12,11 @@
 namespace kelvorig {
 namespace {
 
-// The evaluator's limits: 64 Jacobian rows and a solvability mask indexed by id. A layout
-// past them, or one whose id lookup would run past its own lists, is refused up front.
+// The evaluator's solvability mask is indexed by id. A layout past it, or one whose id lookup
+// would run past its own lists, is refused up front; one of too many sensors was refused as it
+// was loaded.
 bool CanAnalyse(const SensorLayout& layout)
 {
-    if (layout.SensorCount() > QualityEvaluator::kMaxSensors)
-    {
-        std::fprintf(stderr, "cannot analyse %zu sensors: at most %zu are supported\n", layout.SensorCount(),
-                     QualityEvaluator::kMaxSensors);
-        return false;
-    }
     for (const auto& [id, index] : layout.idToIndex)
     {
         if (id < 0 || id > PoseSolvability::kMaxSensorId)

@@ -15,6 +15,7 @@
 
 #include <Eigen/Core>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -47,17 +48,45 @@ void WarnOfPointsOffSurface(const SensorLayout& layout, const TrackedSurface& su
     }
 }
 
+// The layout of /model. A layout larger than the run can take is refused before the work that
+// grows with its size (the layout's pair distances are quadratic in it).
+bool LoadLayout(const CommandOptions& options, std::unique_ptr<SensorLayout>& layout)
+{
+    TrackedObjectModel model;
+    std::string warnings;
+    const Status read = ReadModel(options.modelPath, model, &warnings);
+    if (!read)
+    {
+        std::cerr << read.message();
+        return false;
+    }
+    std::cerr << warnings;
+    const bool listsAgree =
+        model.channelMap.size() == model.modelPoints.size() && model.channelMap.size() == model.modelNormals.size();
+    const size_t sensors = listsAgree
+                               ? static_cast<size_t>(std::count_if(model.channelMap.begin(), model.channelMap.end(),
+                                                                   [](int32_t id) { return id >= 0; }))
+                               : 0;
+    if (sensors > QualityEvaluator::kMaxSensors)
+    {
+        if (ModeOf(options) == RunMode::kGenerate)
+            return CheckImmutableSensorCount(sensors, options.nSensors);
+        if (ModeOf(options) == RunMode::kAnalysis)
+        {
+            std::fprintf(stderr, "cannot analyse %zu sensors: at most %zu are supported\n", sensors,
+                         QualityEvaluator::kMaxSensors);
+            return false;
+        }
+    }
+    layout = std::make_unique<SensorLayout>(model, kIdentityTransform);
+    return true;
+}
+
 int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
 {
     std::unique_ptr<SensorLayout> layout;
-    if (!options.modelPath.empty())
-    {
-        if (Status loaded = LoadSensorLayout(options.modelPath, layout); !loaded.ok())
-        {
-            std::cerr << loaded.message();
-            return 1;
-        }
-    }
+    if (!options.modelPath.empty() && !LoadLayout(options, layout))
+        return 1;
 
     // note: /obstacles without /sensors is ignored without a word.
     std::unique_ptr<TrackedSurface> surface;
@@ -80,7 +109,7 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
         surface->SetSeatRules(seatRules.get());
     }
 
-    if (layout && options.generate && !CheckImmutableSensorCount(*layout, options.nSensors))
+    if (layout && options.generate && !CheckImmutableSensorCount(layout->SensorCount(), options.nSensors))
         return 1;
     if (layout && surface)
         WarnOfPointsOffSurface(*layout, *surface);

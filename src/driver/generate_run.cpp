@@ -23,9 +23,9 @@
 
 namespace kelvorig {
 
-bool CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors)
+bool CheckImmutableSensorCount(size_t immutableSensors, int32_t nSensors)
 {
-    const int64_t count = static_cast<int64_t>(immutableSensors.SensorCount());
+    const int64_t count = static_cast<int64_t>(immutableSensors);
     if (count > nSensors)
     {
         std::cerr << "Model of immutable sensors has more than /nsensors " << nSensors << "!\n" << '\n';

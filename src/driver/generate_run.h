@@ -9,8 +9,8 @@
 namespace kelvorig {
 
 // Count checks of a generate run that keeps the sensors of a loaded /model in place: false,
-// with a message, when that layout has as many sensors as /nsensors, or more.
-bool CheckImmutableSensorCount(const SensorLayout& immutableSensors, int32_t nSensors);
+// with a message, when that layout's `immutableSensors` are as many as /nsensors, or more.
+bool CheckImmutableSensorCount(size_t immutableSensors, int32_t nSensors);
 
 // The anneal's settings as the command line gives them, for the run and for any layout's score.
 AnnealSettings AnnealSettingsOf(const CommandOptions& options);

@@ -34,7 +34,9 @@ std::string ReadTextFile(const std::string& path)
     const std::string bytes = ReadBytes(path);
     std::string text;
     text.reserve(bytes.size());
-    for (size_t i = 0; i < bytes.size(); ++i)
+    // A UTF-8 byte-order mark, which some editors write, is no part of the text.
+    const size_t start = bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+    for (size_t i = start; i < bytes.size(); ++i)
     {
         // A carriage return directly before a line feed is dropped; lone ones stay.
         if (bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n')

@@ -23,9 +23,9 @@ ReadResult Read(const std::string& path, const std::string& text)
 {
     WriteFile(path, text);
     ReadResult result;
-    testing::internal::CaptureStderr();
-    result.ok = ReadModel(path, result.model).ok();
-    result.err = testing::internal::GetCapturedStderr();
+    const Status read = ReadModel(path, result.model);
+    result.ok = read.ok();
+    result.err = read.message();
     return result;
 }
 
@@ -37,7 +37,7 @@ TEST(ReadModel, ReadsTheSectionAndWritesItBack)
     const ReadResult standalone =
         Read(dir.File("model.json.bak"),
              "// three sensors\r\n{ \"channelMap\": [4, -1, 9], /* front */ \"modelPoints\": "
-             "[[0.1, 0, 0], [1, 2], [0, 0.2, 0]],\r\n \"modelNormals\": [[0, 0, 3], [0, 1, 0], "
+             "[[0.1, 0, 0], [1, 2, 0], [0, 0.2, 0]],\r\n \"modelNormals\": [[0, 0, 3], [0, 1, 0], "
              "[0.6, 0, 0.8]], \"modelCad\": \"shell.step\", \"modelAngles\": [0.25, 1, 2, 3] }\r\n");
     const ReadResult device = Read(dir.File("controller.json"), R"({"device_class": "controller", "revision": 3,
         "pharoscope_config": {"channelMap": [1, 0], "modelPoints": [[0, 0, 0.05], [0.02, 0, 0.04]],

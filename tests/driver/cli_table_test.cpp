@@ -41,6 +41,19 @@ std::string Contents(const Json::Value& source, const Json::Value& texts)
         return test::ReadFile(kData + source["data"].asString());
     if (source.isMember("fill"))
         return std::string(source["fill"].asUInt(), source.get("char", "x").asString()[0]);
+    if (source.isMember("sensors")) // a layout of that many sensors in a row, facing +X
+    {
+        std::string ids, points, normals;
+        for (unsigned i = 0; i < source["sensors"].asUInt(); ++i)
+        {
+            const std::string comma = i > 0 ? "," : "";
+            ids += comma + std::to_string(i);
+            points += comma + "[" + std::to_string(i * 1e-6) + ",0,0]";
+            normals += comma + "[1,0,0]";
+        }
+        return R"({"channelMap": [)" + ids + R"(], "modelPoints": [)" + points + R"(], "modelNormals": [)" + normals +
+               "]}";
+    }
     test::TestMesh mesh;
     for (const Json::Value& b : source["boxes"])
     {
