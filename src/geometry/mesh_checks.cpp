@@ -189,4 +189,50 @@ NormalMatrix WindingNormals(const VertexMatrix& V, const TriangleMatrix& F)
     return normals;
 }
 
+void DropUnusableFacets(std::string& warnings, const std::string& path, VertexMatrix& V, TriangleMatrix& F,
+                        NormalMatrix& N)
+{
+    const auto usable = [&V, &F](Eigen::Index facet)
+    {
+        for (Eigen::Index k = 0; k < F.cols(); ++k)
+        {
+            const int32_t row = F(facet, k);
+            if (row < 0 || row >= V.rows() || !(V.row(row).array().abs() <= kLargestCoordinate).all())
+                return false;
+        }
+        return true;
+    };
+    std::vector<Eigen::Index> kept;
+    for (Eigen::Index facet = 0; facet < F.rows(); ++facet)
+    {
+        if (usable(facet))
+            kept.push_back(facet);
+    }
+    const Eigen::Index keptCount = static_cast<Eigen::Index>(kept.size());
+    if (keptCount == F.rows())
+        return;
+    AppendFormatted(warnings,
+                    "WARNING: \"%s\": %lld of %lld facets have a corner that is not finite or lies beyond %g units; "
+                    "they are left out\n",
+                    path.c_str(), static_cast<long long>(F.rows() - keptCount), static_cast<long long>(F.rows()),
+                    static_cast<double>(kLargestCoordinate));
+    VertexMatrix keptV(keptCount * F.cols(), 3);
+    TriangleMatrix keptF(keptCount, F.cols());
+    NormalMatrix keptN = NormalMatrix::Zero(keptCount, 3);
+    for (Eigen::Index row = 0; row < keptCount; ++row)
+    {
+        const Eigen::Index facet = kept[static_cast<size_t>(row)];
+        for (Eigen::Index k = 0; k < F.cols(); ++k)
+        {
+            keptV.row(row * F.cols() + k) = V.row(F(facet, k));
+            keptF(row, k) = static_cast<int32_t>(row * F.cols() + k);
+        }
+        if (facet < N.rows())
+            keptN.row(row) = N.row(facet);
+    }
+    V = std::move(keptV);
+    F = std::move(keptF);
+    N = std::move(keptN);
+}
+
 } // namespace kelvorig

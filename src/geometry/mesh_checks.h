@@ -37,6 +37,17 @@ void WarnOfMeshProblems(std::string& warnings, const std::string& path, const Me
 void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float diagonal, double unitScale,
                            bool inferred);
 
+// The largest coordinate, in the file's unit, a usable vertex may have: beyond it a mesh of
+// any unit is no device (a kilometre in millimetres), and areas and hulls overflow.
+constexpr float kLargestCoordinate = 1e6f;
+
+// Leaves out of F (and N, row for row) every facet with a corner that is not finite or lies
+// beyond kLargestCoordinate, and keeps in V only the corners of the facets left, in their
+// order; appends a warning that counts them to `warnings`. Nothing changes when every facet is
+// usable.
+void DropUnusableFacets(std::string& warnings, const std::string& path, VertexMatrix& V, TriangleMatrix& F,
+                        NormalMatrix& N);
+
 // Facets by 3: each facet's normal from its winding, not unit length; zero where degenerate.
 NormalMatrix WindingNormals(const VertexMatrix& V, const TriangleMatrix& F);
 

@@ -57,6 +57,10 @@ Status TrackedSurface::LoadSensorSurface(const SurfaceLoading& loading)
         return read;
     if (vertices_.size() == 0 || faceNormals_.size() == 0 || !HasTriangles(triangles_))
         return Status::Failure("");
+    // note: before the unit is inferred, which a corner at 1e38 would decide on its own.
+    DropUnusableFacets(warnings_, surfacePath_, vertices_, triangles_, faceNormals_);
+    if (triangles_.rows() == 0)
+        return Status::Failure("");
 
     const float diagonal = MeshExtentDiagonal(vertices_);
     unitScale_ = loading.unitScale ? *loading.unitScale : InferUnitScale(diagonal);
