@@ -107,9 +107,6 @@ MeshProblems FindMeshProblems(const VertexMatrix& V, const TriangleMatrix& F, co
 {
     MeshProblems problems;
     problems.facets = F.rows();
-    problems.vertices = V.rows();
-    for (Eigen::Index row = 0; row < V.rows(); ++row)
-        problems.nonFiniteVertices += V.row(row).allFinite() ? 0 : 1;
 
     double volume = 0.0; // six times the volume the winding encloses
     for (Eigen::Index facet = 0; facet < F.rows(); ++facet)
@@ -131,22 +128,58 @@ MeshProblems FindMeshProblems(const VertexMatrix& V, const TriangleMatrix& F, co
     return problems;
 }
 
-void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems,
-                        bool storedNormalsUsed)
+void RepairOrientation(std::string& warnings, const std::string& path, const MeshProblems& problems, TriangleMatrix& F,
+                       NormalMatrix& N, const VertexMatrix& V, bool storedNormalsUsed)
 {
-    if (storedNormalsUsed)
+    // Stored normals along and against the winding, among facets where both are sound.
+    int64_t along = 0;
+    for (Eigen::Index facet = 0; facet < F.rows(); ++facet)
     {
-        Warn(warnings, path,
-             "%lld of %lld facets have a stored normal that is zero or not finite (/normalsfromwinding ignores them)",
-             problems.badStoredNormals, problems.facets);
-        Warn(warnings, path,
-             "%lld of %lld facets have a stored normal more than 90 degrees from their winding's (/normalsfromwinding "
-             "ignores them)",
-             problems.flippedStoredNormals, problems.facets);
+        const Eigen::Vector3d stored = N.row(facet).transpose().cast<double>();
+        if (stored.allFinite() && stored.squaredNorm() > 0.0 && stored.dot(WindingCross(V, F, facet)) > 0.0)
+            ++along;
     }
-    Warn(warnings, path, "%lld of %lld facets wind inside out: the closed mesh encloses a negative volume",
-         problems.insideOut ? problems.facets : 0, problems.facets);
-    Warn(warnings, path, "%lld of %lld vertices are not finite", problems.nonFiniteVertices, problems.vertices);
+    const bool open = problems.openEdges > 0;
+    // An open mesh encloses nothing, so its winding has no outside to be checked against: the
+    // convention most of its facets follow decides.
+    const bool turnWinding = problems.insideOut || (open && problems.flippedStoredNormals > along);
+    if (problems.insideOut)
+        Warn(warnings, path,
+             "%lld of %lld facets wind inside out: the closed mesh encloses a negative volume; they are "
+             "turned outside in",
+             problems.facets, problems.facets);
+    else if (turnWinding)
+        Warn(warnings, path,
+             "%lld of %lld facets wind against their stored normal: the mesh is open, so the majority "
+             "decides, and every facet's winding is turned",
+             problems.flippedStoredNormals, problems.facets);
+    if (turnWinding)
+        F.col(1).swap(F.col(2));
+    if (!storedNormalsUsed)
+        return;
+    int64_t replacedUnsound = 0;
+    int64_t replacedAgainst = 0;
+    for (Eigen::Index facet = 0; facet < F.rows(); ++facet)
+    {
+        const Eigen::Vector3f winding = WindingCross(V, F, facet).cast<float>();
+        const Eigen::Vector3f stored = N.row(facet).transpose();
+        const bool sound = stored.allFinite() && stored.squaredNorm() > 0.0f;
+        if (winding.allFinite() && winding.squaredNorm() > 0.0f && (!sound || stored.dot(winding) < 0.0f))
+        {
+            N.row(facet) = winding.transpose();
+            ++(sound ? replacedAgainst : replacedUnsound);
+        }
+    }
+    Warn(warnings, path, "%lld of %lld facets have a stored normal that is zero or not finite: their winding's is used",
+         replacedUnsound, problems.facets);
+    Warn(warnings, path,
+         "%lld of %lld facets have a stored normal more than 90 degrees from their winding's: the "
+         "winding's is used",
+         replacedAgainst, problems.facets);
+}
+
+void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems)
+{
     Warn(warnings, path, "%lld of %lld facets have zero area", problems.zeroAreaFacets, problems.facets);
     Warn(warnings, path, "%lld open edges (used by one facet only) in %lld facets", problems.openEdges,
          problems.facets);

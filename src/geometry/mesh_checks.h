@@ -11,26 +11,32 @@ namespace kelvorig {
 struct MeshProblems
 {
     int64_t facets = 0;
-    int64_t vertices = 0;
     int64_t badStoredNormals = 0;     // zero or not finite
     int64_t flippedStoredNormals = 0; // more than 90 degrees from the winding's normal
-    int64_t nonFiniteVertices = 0;
     int64_t zeroAreaFacets = 0;
     int64_t openEdges = 0;  // used by one facet only, vertices joined where equal
     bool insideOut = false; // closed, and the winding encloses a negative volume
 };
 
 // Looks at every facet of V (vertex rows, file unit), F (facets by 3 or more) and N (stored
-// normals, facets by 3). Facets with a vertex that isn't finite count only as such.
+// normals, facets by 3). Facets with a vertex that isn't finite are passed over.
 MeshProblems FindMeshProblems(const VertexMatrix& V, const TriangleMatrix& F, const NormalMatrix& N);
 
 // Edges used by exactly one facet, with vertices of equal coordinates taken as one.
 int64_t CountOpenEdges(const VertexMatrix& V, const TriangleMatrix& F);
 
-// Appends one "WARNING: " line to `warnings` for each kind of problem found in the mesh `path`;
-// the two about stored normals only when `storedNormalsUsed`.
-void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems,
-                        bool storedNormalsUsed);
+// Makes the winding and the stored normals of a mesh with `problems` agree, with a warning line
+// for each fix: a closed mesh wound inside out is turned outside in; an open mesh, whose winding
+// encloses nothing to check it by, is turned when most stored normals point against it; then,
+// when `storedNormalsUsed`, a stored normal that is zero, not finite or against the winding is
+// replaced by the winding's. So a sound mesh seats its sensors facing out whichever of the two
+// was wrong, and /normalsfromwinding can never make a sound run worse.
+void RepairOrientation(std::string& warnings, const std::string& path, const MeshProblems& problems, TriangleMatrix& F,
+                       NormalMatrix& N, const VertexMatrix& V, bool storedNormalsUsed);
+
+// Appends one "WARNING: " line to `warnings` for each other kind of problem found in the mesh
+// `path`: facets of zero area and open edges.
+void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems);
 
 // Appends a warning when the box diagonal (file unit) times unitScale is under 20 mm or over
 // 2 m, naming the unit, `inferred` or not.

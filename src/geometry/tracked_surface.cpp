@@ -64,13 +64,16 @@ Status TrackedSurface::LoadSensorSurface(const SurfaceLoading& loading)
 
     const float diagonal = MeshExtentDiagonal(vertices_);
     unitScale_ = loading.unitScale ? *loading.unitScale : InferUnitScale(diagonal);
-    WarnOfMeshProblems(warnings_, surfacePath_, FindMeshProblems(vertices_, triangles_, faceNormals_),
-                       !loading.normalsFromWinding);
+    const MeshProblems problems = FindMeshProblems(vertices_, triangles_, faceNormals_);
+    RepairOrientation(warnings_, surfacePath_, problems, triangles_, faceNormals_, vertices_,
+                      !loading.normalsFromWinding);
+    WarnOfMeshProblems(warnings_, surfacePath_, problems);
     WarnOfImplausibleSize(warnings_, surfacePath_, diagonal, unitScale_, !loading.unitScale);
     vertices_ *= static_cast<float>(unitScale_);
     if (loading.normalsFromWinding)
         faceNormals_ = WindingNormals(vertices_, triangles_);
-    // note: no guard for a zero normal; its row becomes not-a-number, as stated in the file.
+    // note: no guard for a zero normal, which only a facet without area keeps: its row becomes
+    // not-a-number, and the facet, having no area, is never drawn.
     for (Eigen::Index row = 0; row < faceNormals_.rows(); ++row)
         faceNormals_.row(row) /= faceNormals_.row(row).norm();
     // A surface without area offers no seat: it counts as not built.

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace kelvorig {
 namespace {
 
@@ -97,6 +99,42 @@ TEST(SeatSampling, SurfaceWithoutSeatsFails)
     Eigen::Vector3f position, normal = kUp;
     EXPECT_EQ(tiny.surface().SampleSeatNear(position, normal, 0.5f).message(),
               "Error: no position on the sensor surface \"" + tiny.surface().surfacePath() + "\" can take a sensor.\n");
+}
+
+// A 60 mm cube broken as real files are (wound inside out, its stored normals negated or
+// zeroed, a corner not a number): every seat drawn still faces out of it.
+TEST(SeatSampling, BrokenCubesStillSeatFacingOut)
+{
+    const test::TestMesh box = MakeBox(Eigen::Vector3f(60, 60, 60));
+    // Every stored normal negated or zeroed, or one corner of facet 3 not a number.
+    const auto patched = [&box](float normalFactor, bool cornerNotANumber)
+    {
+        std::string bytes = test::BinaryStl(box);
+        for (size_t f = 0; f < 12; ++f)
+            for (size_t k = 0; k < 3; ++k)
+                test::PatchStlFloat(bytes, f, k, normalFactor * box.FacetNormal(f)[int(k)]);
+        if (cornerNotANumber)
+            test::PatchStlFloat(bytes, 3, 4, NAN);
+        return bytes;
+    };
+    test::TestMesh insideOut = box;
+    for (std::array<int, 3>& t : insideOut.triangles)
+        std::swap(t[1], t[2]);
+    for (const std::string& bytes :
+         {test::BinaryStl(insideOut), patched(-1, false), patched(0, false), patched(1, true)})
+    {
+        const test::TempDir dir;
+        test::WriteFile(dir.File("cube.stl"), bytes);
+        TrackedSurface cube(dir.File("cube.stl"), {}, 5u);
+        ASSERT_TRUE(cube.isBuilt());
+        EXPECT_NE(cube.warnings(), "");
+        for (int i = 0; i < 200; ++i)
+        {
+            Eigen::Vector3f position, normal;
+            ASSERT_TRUE(cube.SampleSeat(position, normal));
+            EXPECT_GT(normal.dot(position), 0.0f) << position.transpose() << " / " << normal.transpose();
+        }
+    }
 }
 
 } // namespace
