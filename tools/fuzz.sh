@@ -14,6 +14,8 @@ targets=(stl_reader model_file device_config imu_description)
 launcher=()
 if command -v ccache >/dev/null; then
     launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    # Paths below the checkout, and the build folder, don't count: any clone reuses the cache.
+    export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1
 fi
 # note: Debug keeps Eigen's own bounds assertions; the targets add -O1 themselves.
 cmake -S . -B build-fuzz -DKELVORIG_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug "${launcher[@]}" >/dev/null
