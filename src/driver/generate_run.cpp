@@ -61,8 +61,8 @@ std::vector<std::string> RunNotes(const AnnealOutcome& outcome)
     return notes;
 }
 
-// Anneals, writes the requested files, and returns the result as a layout; none when the surface
-// offers no seat or a file could not be written (both said on standard error). The model and
+// Anneals, writes the requested files, and returns the result as a layout; none, with the reason
+// on standard error, when the surface offers no seat or a file could not be written. The model and
 // its JSON text end here, before the report starts.
 std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const SensorLayout* immutableSensors,
                                            TrackedSurface& surface, WorkerPool& workers,
@@ -77,21 +77,21 @@ std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const 
     std::optional<uint32_t> seed;
     if (options.seed)
         seed = static_cast<uint32_t>(*options.seed);
-    std::optional<AnnealOutcome> outcome{std::in_place};
-    if (Status annealed = AnnealBestOf(problem, options.restarts, seed, workers, *outcome); !annealed.ok())
+    AnnealOutcome outcome;
+    if (Status annealed = AnnealBestOf(problem, options.restarts, seed, workers, outcome); !annealed.ok())
     {
         std::cerr << annealed.message();
         return std::nullopt;
     }
-    const TrackedObjectModel& model = outcome->model;
+    const TrackedObjectModel& model = outcome.model;
     const std::string json = Json::StyledWriter().write(model.ModelToJson());
-    const std::vector<std::string> notes = RunNotes(*outcome);
+    const std::vector<std::string> notes = RunNotes(outcome);
 
     bool written = true;
     if (!options.outScadPath.empty())
     {
         std::ostringstream scad;
-        scad << "/* Final Quality Score: " << outcome->score << " / " << kQualityScale << " (lower is better) */\n";
+        scad << "/* Final Quality Score: " << outcome.score << " / " << kQualityScale << " (lower is better) */\n";
         for (const std::string& note : notes)
             scad << "/* " << note << " */\n";
         scad << "/*\n"
@@ -103,13 +103,13 @@ std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const 
     if (!options.outModelPath.empty())
     {
         std::ostringstream file;
-        file << "// Final Quality Score: " << outcome->score << " / " << kQualityScale << " (lower is better)\n";
+        file << "// Final Quality Score: " << outcome.score << " / " << kQualityScale << " (lower is better)\n";
         for (const std::string& note : notes)
             file << "// " << note << '\n';
         file << json << '\n';
         written = WriteOutputFile(options.outModelPath, file.str()) && written;
     }
-    if (outcome->movesMade < outcome->movesPlanned)
+    if (outcome.movesMade < outcome.movesPlanned)
         std::cerr << notes.back() << '\n';
     if (!written)
         return std::nullopt;
