@@ -1,6 +1,7 @@
 #include "config/format_conversion.h"
 
 #include "config/device_config.h"
+#include "config/json_nesting.h"
 #include "support/text_file.h"
 
 #include <json/writer.h>
@@ -14,6 +15,9 @@ Status ConvertModelFormat(const std::string& path, int format, std::ostream& out
     const std::string text = ReadTextFile(path);
     if (text.empty())
         return Status::Failure("couldn't read " + path + ": file is empty or does not exist\n");
+    if (NestedTooDeep(text))
+        return Status::Failure("couldn't read " + path + ": nested more than " + std::to_string(kMaxJsonNesting) +
+                               " levels deep\n");
     DeviceConfig config;
     std::string error;
     if (!config.Parse(error, text))

@@ -1,5 +1,6 @@
 #include "config/model_file.h"
 
+#include "config/json_nesting.h"
 #include "config/layout_checks.h"
 
 #include "config/device_config.h"
@@ -83,6 +84,9 @@ Status ReadModelText(const std::string& name, const std::string& text, TrackedOb
 {
     std::string ignored;
     std::string& said = warnings != nullptr ? *warnings : ignored;
+    if (NestedTooDeep(text))
+        return Status::Failure("couldn't read " + name + ": nested more than " + std::to_string(kMaxJsonNesting) +
+                               " levels deep\n");
     // The quoted key alone decides the shape, even when it stands in a comment.
     if (text.find(kQuotedSectionKey) == std::string::npos)
         return ReadStandaloneSection(name, text, model, said);

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <ostream>
@@ -113,6 +114,11 @@ Status TrackrefFromFile(const std::string& path, std::ostream& out, std::ostream
     // Reading a directory makes the stream throw; that is an unreadable input file too.
     try
     {
+        // note: a directory opens as a stream and fails only at the first read, with a text of
+        // the library's own.
+        std::error_code notChecked;
+        if (std::filesystem::is_directory(path, notChecked))
+            return Fail("read", path, "is a directory");
         std::ifstream in(path);
         if (!in)
             return Fail("read", path, std::strerror(errno));

@@ -69,8 +69,8 @@ bool LoadLayout(const CommandOptions& options, std::unique_ptr<SensorLayout>& la
                                : 0;
     if (sensors > QualityEvaluator::kMaxSensors)
     {
-        if (ModeOf(options) == RunMode::kGenerate)
-            return CheckImmutableSensorCount(sensors, options.nSensors);
+        if (ModeOf(options) == RunMode::kGenerate && !CheckImmutableSensorCount(sensors, options.nSensors))
+            return false;
         if (ModeOf(options) == RunMode::kAnalysis)
         {
             std::fprintf(stderr, "cannot analyse %zu sensors: at most %zu are supported\n", sensors,
