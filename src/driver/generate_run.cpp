@@ -66,7 +66,7 @@ std::vector<std::string> RunNotes(const AnnealOutcome& outcome)
 // its JSON text end here, before the report starts.
 std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const SensorLayout* immutableSensors,
                                            TrackedSurface& surface, WorkerPool& workers,
-                                           const std::atomic<bool>& stopRequest)
+                                           const std::atomic<bool>& stopRequest, int& failureStatus)
 {
     PlacementProblem problem(options.nSensors, surface);
     problem.model = immutableSensors;
@@ -81,6 +81,7 @@ std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const 
     if (Status annealed = AnnealBestOf(problem, options.restarts, seed, workers, outcome); !annealed.ok())
     {
         std::cerr << annealed.message();
+        failureStatus = annealed.code() == StatusCode::kInterrupted ? kInterruptedStatus : 1;
         return std::nullopt;
     }
     const TrackedObjectModel& model = outcome.model;
@@ -126,9 +127,11 @@ int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSens
     // Started after the priority drop, so that the workers run at the lowered priority too.
     WorkerPool workers(options.threads);
     surface.SetMaxSurfaceAngle(options.maxSurfaceAngle);
-    std::optional<SensorLayout> result = AnnealAndWrite(options, immutableSensors, surface, workers, stopRequest);
+    int failureStatus = 1;
+    std::optional<SensorLayout> result =
+        AnnealAndWrite(options, immutableSensors, surface, workers, stopRequest, failureStatus);
     if (!result)
-        return 1;
+        return failureStatus;
     if (!BeginReportUnlessInterrupted())
         return kInterruptedStatus;
     return RunAnalysis(options, *result, &surface, evaluator, workers);

@@ -1,5 +1,7 @@
 #include "driver/interrupt_signal.h"
 
+#include "support/stop_request.h"
+
 #include <csignal>
 
 #include <signal.h>
@@ -31,6 +33,7 @@ const std::atomic<bool>& CatchInterrupts()
     action.sa_flags = SA_RESTART;
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    WatchStopRequest(&stopRequest);
     return stopRequest;
 }
 

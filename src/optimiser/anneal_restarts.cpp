@@ -67,7 +67,9 @@ Status AnnealBestOf(const PlacementProblem& problem, int32_t restarts, std::opti
     best.movesPlanned = static_cast<int64_t>(count) * PlannedMoveCount(movesPerTemperature, problem.coolingRate);
     size_t bestIndex = count;
     std::exception_ptr failure;
-    Status seatless; // one anneal found no seat; the surface offers none to the others either
+    // The first anneal that failed: one found no seat, and the surface offers none to the others
+    // either; or one was stopped before it began, which counts only if no anneal has a result.
+    Status failed;
 
     auto runRestarts = [&](int32_t, size_t begin, size_t end)
     {
@@ -75,7 +77,7 @@ Status AnnealBestOf(const PlacementProblem& problem, int32_t restarts, std::opti
         {
             {
                 const std::lock_guard<std::mutex> lock(mutex);
-                if (!seatless.ok() || (i > 0 && problem.stopRequest != nullptr && problem.stopRequest->load()))
+                if (!failed.ok() || (i > 0 && problem.stopRequest != nullptr && problem.stopRequest->load()))
                     continue;
             }
             const uint32_t seed = first + static_cast<uint32_t>(i);
@@ -88,8 +90,8 @@ Status AnnealBestOf(const PlacementProblem& problem, int32_t restarts, std::opti
                 if (!run.ok())
                 {
                     // note: kept once, so that the run says it once however many anneals met it.
-                    if (seatless.ok())
-                        seatless = std::move(run);
+                    if (failed.ok())
+                        failed = std::move(run);
                     continue;
                 }
                 best.movesMade += outcome.movesMade;
@@ -118,7 +120,9 @@ Status AnnealBestOf(const PlacementProblem& problem, int32_t restarts, std::opti
     workers.ForEachRange(count, 1, runRestarts);
     if (failure)
         std::rethrow_exception(failure);
-    return seatless;
+    if (failed.code() == StatusCode::kInterrupted && bestIndex < count)
+        return {};
+    return failed;
 }
 
 } // namespace kelvorig

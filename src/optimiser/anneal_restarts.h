@@ -44,7 +44,8 @@ struct AnnealOutcome
 // writes "restart i/k: score (seed n)" to the problem's progress stream, after the one
 // "anneal duration: " line of the run. Once the problem's stop request is set, anneals not yet
 // begun are skipped (the first always runs, so that there is a result). Fails, once whatever
-// the count of anneals that met it, when the surface offers no seat.
+// the count of anneals that met it, when the surface offers no seat; is interrupted when the stop
+// came before any anneal could begin.
 Status AnnealBestOf(const PlacementProblem& problem, int32_t restarts, std::optional<uint32_t> firstSeed,
                     WorkerPool& workers, AnnealOutcome& best);
 

@@ -84,6 +84,9 @@ Status PlacementProblem::Solve(TrackedObjectModel& best)
 
     SensorPlacementAnnealer annealer(layout, surface, nIterations, nOrientations, coolingRate, qualityLow, qualityHigh,
                                      annealerSeed);
+    // Sampling the orientations stops short on a stop request: no anneal on fewer of them.
+    if (stopRequest != nullptr && stopRequest->load())
+        return Status::Interrupted("Interrupted while the orientations were sampled\n");
     if (workers != nullptr)
         annealer.UseWorkers(*workers);
     annealer.DrawSeatsWith(seatEngine);

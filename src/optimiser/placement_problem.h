@@ -44,7 +44,8 @@ struct PlacementProblem
     // Seats the movable sensors by best-candidate sampling, anneals, and puts the best layout
     // with ids 0..nSensors-1 (immutable sensors first) in `best`. Writes the dots and new best
     // scores to `progress`, if any. Sets finalQuality, movesMade and movesPlanned. Fails when
-    // the surface offers no seat.
+    // the surface offers no seat, and is interrupted when a stop is requested before the anneal
+    // begins.
     Status Solve(TrackedObjectModel& best);
 
     // Fills the slots from layout.immutableCount on, each with the one of 20 random seats

@@ -3,6 +3,7 @@
 #include "support/angles.h"
 #include "support/progress_stream.h"
 #include "support/random_draws.h"
+#include "support/stop_request.h"
 #include "support/vector_math.h"
 
 #include <cmath>
@@ -76,7 +77,8 @@ void SampleBestCandidatePoses(int32_t count, std::vector<BaseStationPose>& poses
     poses.clear();
     RandomEngine engine(kFixedSeed);
     SamplingProgress progress(count);
-    for (int32_t i = 0; i < count; ++i)
+    // note: a stop request ends the list short; whoever asked for it looks at the request too.
+    for (int32_t i = 0; i < count && !StopRequested(); ++i)
     {
         progress.Made(i);
         Triple<double> chosen = {0.0, 0.0, 1.0};
@@ -100,7 +102,7 @@ void SampleBestCandidatePoses(int32_t count, std::vector<BaseStationPose>& poses
         pose.gridYaw = pose.rotationVector[1];
         poses.push_back(pose);
     }
-    progress.Made(count);
+    progress.Made(static_cast<int32_t>(poses.size()));
 }
 
 void SampleGridPoses(double fullTurn, double step, std::vector<BaseStationPose>& poses)

@@ -10,7 +10,8 @@ namespace kelvorig {
 // Replaces `poses` by `count` directions spread evenly but irregularly over the sphere, by
 // best-candidate sampling on its own MT19937 seeded 5489: every call gives the same list,
 // and the first n of a longer list are the list of n. The first is +Z, whose record is not
-// a number. gridPitch and gridYaw hold the x and y of the rotation vector.
+// a number. gridPitch and gridYaw hold the x and y of the rotation vector. Fewer when a stop is
+// requested meanwhile (see stop_request.h).
 void SampleBestCandidatePoses(int32_t count, std::vector<BaseStationPose>& poses);
 
 // Replaces `poses` by a grid: for yaw φ from -fullTurn/2 up to fullTurn/2, and for each

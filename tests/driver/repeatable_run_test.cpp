@@ -89,10 +89,11 @@ TEST(RepeatableRun, SeedsRepeatAtAnyThreadCountAndRestartsKeepTheBestSingleRun)
 
 // Starts the binary with standard error in `errPath` and sends `signal` once that holds `ready`,
 // or, for a `ready` that is an absolute path, once that file exists. Returns the exit status;
-// -1 on a timeout.
+// -1 on a timeout, or when the run took a second or more to end after the signal.
 int InterruptWhen(const std::vector<std::string>& arguments, const std::string& errPath, const std::string& ready,
                   int signal)
 {
+    std::chrono::steady_clock::time_point sentAt;
     test::WriteFile(errPath, "");
     const pid_t child = test::StartKelvorig(arguments, "/dev/null", errPath);
     int status = 0;
@@ -100,11 +101,16 @@ int InterruptWhen(const std::vector<std::string>& arguments, const std::string& 
     for (int wait = 0; wait < 6000; ++wait) // 2 minutes
     {
         if (waitpid(child, &status, WNOHANG) == child)
-            return test::ExitStatus(status);
+            return sent && std::chrono::steady_clock::now() - sentAt >= std::chrono::seconds(1)
+                       ? -1
+                       : test::ExitStatus(status);
         const bool isReady = ready.starts_with('/') ? std::filesystem::exists(ready)
                                                     : ReadFile(errPath).find(ready) != std::string::npos;
         if (!sent && isReady)
+        {
             sent = kill(child, signal) == 0;
+            sentAt = std::chrono::steady_clock::now();
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     kill(child, SIGKILL);
@@ -128,6 +134,10 @@ TEST(RepeatableRun, AnInterruptedRunWritesCompleteFilesAndEndsWith130)
         {box.Generate({"/restarts", "3", "/seed", "5"}, "100000"), "anneal duration: ", SIGTERM},
         {box.Generate({"/seed", "5", "/angleresolutiondegrees", "0.1"}), box.json, SIGINT},
     };
+    // Stopped while the orientations are sampled, before any anneal: no file, no report.
+    ASSERT_EQ(InterruptWhen(box.Generate({"/norientations", "60000"}), errPath, "orientations: 10% done", SIGINT), 130);
+    EXPECT_FALSE(std::filesystem::exists(box.json));
+    EXPECT_TRUE(ReadFile(errPath).ends_with("Interrupted while the orientations were sampled\n")) << ReadFile(errPath);
     for (const auto& c : cases)
     {
         std::filesystem::remove(box.json);
