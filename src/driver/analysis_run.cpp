@@ -1,9 +1,11 @@
 #include "driver/analysis_run.h"
 
+#include "driver/interrupt_signal.h"
 #include "driver/output_file.h"
 #include "driver/visual_outputs.h"
 #include "quality/pose_solvability.h"
 #include "support/angles.h"
+#include "support/stop_request.h"
 #include "support/worker_pool.h"
 
 #include <cmath>
@@ -71,9 +73,12 @@ int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const Track
         evaluator.WriteCoverageReport(workers, stdout, stderr, visuals ? &directions : nullptr);
     if (!ReportStandardOutput(stdout))
         return 1;
+    // A report stopped by a signal ended at a whole row; nothing more is made of it.
+    if (StopRequested())
+        return kInterruptedStatus;
     if (visuals && !WriteVisualOutputs(options, layout, surface, directions))
         return 1;
-    return 0;
+    return StopRequested() ? kInterruptedStatus : 0;
 }
 
 } // namespace kelvorig

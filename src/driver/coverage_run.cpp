@@ -1,9 +1,11 @@
 #include "driver/coverage_run.h"
 
 #include "cad/scad_writer.h"
+#include "driver/interrupt_signal.h"
 #include "driver/output_file.h"
 #include "model/sensor_model.h"
 #include "optimiser/anneal_restarts.h"
+#include "support/stop_request.h"
 
 #include <cstdio>
 #include <optional>
@@ -22,6 +24,8 @@ int RunCoverage(const CommandOptions& options, TrackedSurface& surface)
     RandomEngine& engine = seeded ? *seeded : surface.engine();
     for (int32_t i = 0; i < options.verifyCoverage; ++i)
     {
+        if (StopRequested())
+            return kInterruptedStatus;
         Eigen::Vector3f position;
         Eigen::Vector3f normal;
         if (Status seat = surface.SampleSeat(position, normal, engine); !seat.ok())

@@ -5,6 +5,7 @@
 #include "driver/command_line.h"
 #include "driver/coverage_run.h"
 #include "driver/generate_run.h"
+#include "driver/interrupt_signal.h"
 #include "driver/model_drawing_run.h"
 #include "driver/option_checks.h"
 #include "driver/placement_switches.h"
@@ -84,6 +85,7 @@ bool LoadLayout(const CommandOptions& options, std::unique_ptr<SensorLayout>& la
 
 int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
 {
+    CatchInterrupts();
     std::unique_ptr<SensorLayout> layout;
     if (!options.modelPath.empty() && !LoadLayout(options, layout))
         return 1;

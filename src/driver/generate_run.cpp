@@ -132,7 +132,7 @@ int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSens
         AnnealAndWrite(options, immutableSensors, surface, workers, stopRequest, failureStatus);
     if (!result)
         return failureStatus;
-    if (!BeginReportUnlessInterrupted())
+    if (stopRequest.load())
         return kInterruptedStatus;
     return RunAnalysis(options, *result, &surface, evaluator, workers);
 }

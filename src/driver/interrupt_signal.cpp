@@ -5,20 +5,17 @@
 #include <csignal>
 
 #include <signal.h>
-#include <unistd.h>
 
 namespace kelvorig {
 namespace {
 
-// Touched from the signal handler: lock-free atomics only.
+// Touched from the signal handler: a lock-free atomic only. The handler does nothing else; every
+// phase looks at the request between its items and ends in order, its files whole.
 std::atomic<bool> stopRequest{false};
-std::atomic<bool> reporting{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
 extern "C" void OnInterrupt(int)
 {
-    if (reporting.load())
-        _exit(kInterruptedStatus);
     stopRequest.store(true);
 }
 
@@ -35,13 +32,6 @@ const std::atomic<bool>& CatchInterrupts()
     sigaction(SIGTERM, &action, nullptr);
     WatchStopRequest(&stopRequest);
     return stopRequest;
-}
-
-bool BeginReportUnlessInterrupted()
-{
-    // In this order: a signal that comes between the two steps is seen by the second.
-    reporting.store(true);
-    return !stopRequest.load();
 }
 
 } // namespace kelvorig

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <ostream>
 
 #include <fcntl.h>
@@ -43,7 +44,9 @@ bool WriteOutputFile(const std::string& path, const std::string& text)
     if (access(path.c_str(), F_OK) == 0 && access(path.c_str(), W_OK) != 0)
         return Refuse(path, errno);
 
-    const std::string temporary = path + "." + std::to_string(getpid()) + ".tmp";
+    // A short name beside the file, so that any name that can be written can be written.
+    const std::filesystem::path target(path);
+    const std::string temporary = (target.parent_path() / (".kelvorig-" + std::to_string(getpid()) + ".tmp")).string();
     const int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (fd < 0)
         return Refuse(path, errno);

@@ -7,6 +7,7 @@
 #include "report/coverage_map.h"
 #include "report/coverage_summary.h"
 #include "report/html_report.h"
+#include "support/stop_request.h"
 #include "support/text_case.h"
 
 #include <json/writer.h>
@@ -75,6 +76,9 @@ bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layou
     const double score = AnnealScoreOf(layout, surface, AnnealSettingsOf(options));
     const CoverageSummary summary = SummariseCoverage(directions, layout, score);
 
+    // note: a stop request ends the files' writing between two of them; each one written is whole.
+    if (StopRequested())
+        return true;
     if (!options.outSummaryPath.empty())
         std::fputs(SummaryBlock(inputs, summary, layout).c_str(), stderr);
     bool written = true;
@@ -83,14 +87,14 @@ bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layou
         const std::string text = Json::StyledWriter().write(SummaryToJson(inputs, summary, layout));
         written = WriteOutputFile(options.outSummaryPath, text) && written;
     }
-    if (!options.outPngPath.empty())
+    if (!options.outPngPath.empty() && !StopRequested())
     {
         const MapFormat format = EndsWithIgnoringCase(options.outPngPath, ".svg") ? MapFormat::kSvg : MapFormat::kPng;
         std::string bytes;
         written = Drawn(DrawCoverageMap(directions, summary, inputs.layoutName, format, bytes)) &&
                   WriteOutputFile(options.outPngPath, bytes) && written;
     }
-    if (!options.outHtmlPath.empty())
+    if (!options.outHtmlPath.empty() && !StopRequested())
     {
         std::string map;
         written = Drawn(DrawCoverageMap(directions, summary, inputs.layoutName, MapFormat::kPng, map)) &&

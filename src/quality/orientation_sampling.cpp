@@ -119,7 +119,7 @@ void SampleGridPoses(double fullTurn, double step, std::vector<BaseStationPose>&
 
     poses.clear();
     const double limit = fullTurn * 0.5;
-    for (double phi = fullTurn * -0.5; phi <= limit; phi += step)
+    for (double phi = fullTurn * -0.5; phi <= limit && !StopRequested(); phi += step)
     {
         const double c = std::cos(phi), s = std::sin(phi);
         const Triple<double> rows[3] = {{c, 0.0, s}, {0.0, 1.0, 0.0}, {-s, 0.0, c}};

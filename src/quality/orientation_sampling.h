@@ -16,7 +16,8 @@ void SampleBestCandidatePoses(int32_t count, std::vector<BaseStationPose>& poses
 
 // Replaces `poses` by a grid: for yaw φ from -fullTurn/2 up to fullTurn/2, and for each
 // pitch θ from -π/2 up to π/2 (at least one), the direction (sin φ cos θ, sin θ, cos φ cos θ).
-// Both angles (radians) advance by repeated addition of `step`, which must be positive.
+// Both angles (radians) advance by repeated addition of `step`, which must be positive. Fewer
+// turn steps when a stop is requested meanwhile.
 void SampleGridPoses(double fullTurn, double step, std::vector<BaseStationPose>& poses);
 
 // Angular spacing of n sampled orientations, in radians: 2 asin(1.9 / sqrt(n)).

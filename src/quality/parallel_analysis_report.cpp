@@ -1,5 +1,6 @@
 #include "quality/pose_solvability.h"
 #include "quality/quality_evaluator.h"
+#include "support/stop_request.h"
 #include "support/worker_pool.h"
 
 #include <algorithm>
@@ -47,7 +48,8 @@ std::vector<RowScratch> WriteRowsInOrder(const std::vector<BaseStationPose>& pos
     }
 
     std::vector<RowSpan> spans(std::min(kRowsPerBatch, poses.size()));
-    for (size_t first = 0; first < poses.size(); first += kRowsPerBatch)
+    // note: on a stop request the report ends after the batch under way, at a whole row.
+    for (size_t first = 0; first < poses.size() && !StopRequested(); first += kRowsPerBatch)
     {
         const size_t count = std::min(kRowsPerBatch, poses.size() - first);
         auto computeRows = [&](int32_t worker, size_t begin, size_t end)

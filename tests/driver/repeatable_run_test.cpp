@@ -132,7 +132,8 @@ TEST(RepeatableRun, AnInterruptedRunWritesCompleteFilesAndEndsWith130)
     } cases[] = {
         {box.Generate({"/seed", "5"}, "100000"), "....", SIGINT},
         {box.Generate({"/restarts", "3", "/seed", "5"}, "100000"), "anneal duration: ", SIGTERM},
-        {box.Generate({"/seed", "5", "/angleresolutiondegrees", "0.1"}), box.json, SIGINT},
+        {box.Generate({"/seed", "5", "/angleresolutiondegrees", "0.1", "/outsummary", box.dir.File("s.json")}),
+         box.json, SIGINT},
     };
     // Stopped while the orientations are sampled, before any anneal: no file, no report.
     ASSERT_EQ(InterruptWhen(box.Generate({"/norientations", "60000"}), errPath, "orientations: 10% done", SIGINT), 130);
@@ -142,6 +143,8 @@ TEST(RepeatableRun, AnInterruptedRunWritesCompleteFilesAndEndsWith130)
     {
         std::filesystem::remove(box.json);
         ASSERT_EQ(InterruptWhen(c.arguments, errPath, c.ready, c.signal), 130);
+        for (const auto& entry : std::filesystem::directory_iterator(box.dir.path()))
+            EXPECT_NE(entry.path().extension(), ".tmp") << entry.path();
         const std::vector<std::string> json = Lines(ReadFile(box.json));
         ASSERT_GE(json.size(), 4u);
         // Of the restarts, the second may have begun and done better.
@@ -149,7 +152,9 @@ TEST(RepeatableRun, AnInterruptedRunWritesCompleteFilesAndEndsWith130)
         EXPECT_EQ(test::RunKelvorig({"/model", box.json, "/angleresolutiondegrees", "30"}).status, 0);
         if (c.ready == box.json)
         {
+            // The report ends at a whole row, and the summary, which comes after it, is not begun.
             EXPECT_EQ(json[2], "{");
+            EXPECT_FALSE(std::filesystem::exists(box.dir.File("s.json")));
             continue;
         }
         const std::string interrupted = json[2].substr(3);
