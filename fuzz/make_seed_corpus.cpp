@@ -57,15 +57,28 @@ int main(int argc, char** argv)
         return 1;
     }
     const std::string corpus = argv[1];
-    for (const char* target : {"stl_reader", "model_file", "device_config", "imu_description"})
+    for (const char* target : {"stl_reader", "model_file", "device_config", "imu_description", "layout_checks",
+                               "mesh_checks", "command_line"})
         std::filesystem::create_directories(corpus + "/" + target);
 
     WriteMeshes(corpus + "/stl_reader");
+    WriteMeshes(corpus + "/mesh_checks");
+    // Command lines as the fuzz target splits them, at NUL bytes.
+    for (const std::string& line : {std::string("/generate\0/nsensors\0"
+                                                "8\0/sensors\0s.stl\0/outmodel\0o.json",
+                                                53),
+                                    std::string("/model\0m.json\0/angleresolutiondegrees\0"
+                                                "5\0/qualityrange\0"
+                                                "1\0"
+                                                "2",
+                                                50)})
+        test::WriteFile(corpus + "/command_line/line" + std::to_string(line.size()), line);
 
     TrackedObjectModel model;
     if (!ReadModel(argv[2], model))
         return 1;
     test::WriteFile(corpus + "/model_file/section.json", Styled(model.ModelToJson()));
+    test::WriteFile(corpus + "/layout_checks/section.json", Styled(model.ModelToJson()));
     for (int format : {0, 1})
     {
         const std::string hmd = DeviceFile(model, format, true);

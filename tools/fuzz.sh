@@ -9,7 +9,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 export seconds=${1:-60}
 jobs=${2:-2}
-targets=(stl_reader model_file device_config imu_description)
+targets=(stl_reader model_file device_config imu_description layout_checks mesh_checks command_line)
 
 launcher=()
 if command -v ccache >/dev/null; then

@@ -66,7 +66,7 @@ int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const Track
     evaluator.poseVector()[2] = -std::abs(options.distanceBaseMeters);
 
     std::vector<DirectionQuality> directions;
-    const bool visuals = WantsVisualOutputs(options);
+    const bool visuals = options.WantsVisualOutputs();
     if (options.baseStationSensitivity)
         evaluator.WriteSensitivityReport(workers, stdout, stderr);
     else

@@ -56,6 +56,9 @@ struct CommandOptions
     // Each numeric switch read, with its value as typed ("5 2" for /qualityrange), in order: the
     // checks refuse what the leading-number reading let through.
     std::vector<std::pair<std::string, std::string>> givenNumbers;
+
+    // True when /outsummary, /outpng or /outhtml asks for a file.
+    bool WantsVisualOutputs() const { return !outSummaryPath.empty() || !outPngPath.empty() || !outHtmlPath.empty(); }
 };
 
 } // namespace kelvorig

@@ -2,7 +2,6 @@
 
 #include "driver/switch_table.h"
 #include "driver/usage.h"
-#include "driver/visual_outputs.h"
 #include "geometry/surface_loading.h"
 #include "optimiser/anneal_schedule.h"
 #include "support/angles.h"
@@ -179,7 +178,7 @@ bool CheckAnalysisGrid(const CommandOptions& options)
 
 bool CheckVisualOutputs(const CommandOptions& options)
 {
-    if (WantsVisualOutputs(options) && options.baseStationSensitivity)
+    if (options.WantsVisualOutputs() && options.baseStationSensitivity)
         return Refuse("/outsummary, /outpng and /outhtml read the coverage report, not /basestationsensitivity\n");
     if (!options.outPngPath.empty() && !EndsWithIgnoringCase(options.outPngPath, ".png") &&
         !EndsWithIgnoringCase(options.outPngPath, ".svg"))

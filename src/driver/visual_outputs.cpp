@@ -64,11 +64,6 @@ SummaryInputs InputsOf(const CommandOptions& options, const TrackedSurface* surf
 
 } // namespace
 
-bool WantsVisualOutputs(const CommandOptions& options)
-{
-    return !options.outSummaryPath.empty() || !options.outPngPath.empty() || !options.outHtmlPath.empty();
-}
-
 bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layout, const TrackedSurface* surface,
                         const std::vector<DirectionQuality>& directions)
 {

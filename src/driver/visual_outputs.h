@@ -10,9 +10,6 @@ namespace kelvorig {
 
 class TrackedSurface;
 
-// True when /outsummary, /outpng or /outhtml asks for a file.
-bool WantsVisualOutputs(const CommandOptions& options);
-
 // After the coverage report: writes the summary, the map and the HTML report that were asked
 // for from the report's `directions`, and with a summary prints its numbers on standard
 // error. False when a file could not be written (said on standard error). On a stop request the
