@@ -32,6 +32,16 @@ std::optional<double> UnitScaleNamed(const std::string& name)
     return std::nullopt;
 }
 
+std::string UnitSymbol(double unitScale)
+{
+    for (const NamedUnit& unit : kNamedUnits)
+    {
+        if (unitScale == unit.metres)
+            return unit.name;
+    }
+    return UnitName(unitScale);
+}
+
 std::string UnitName(double unitScale)
 {
     for (const NamedUnit& unit : kNamedUnits)

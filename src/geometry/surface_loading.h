@@ -19,5 +19,7 @@ std::optional<double> UnitScaleNamed(const std::string& name);
 // The unit's name in words ("millimetres") for the scales of UnitScaleNamed, else
 // "units of <scale> m".
 std::string UnitName(double unitScale);
+// The same as /meshunit names it ("mm"), with UnitName's words for any other scale.
+std::string UnitSymbol(double unitScale);
 
 } // namespace kelvorig

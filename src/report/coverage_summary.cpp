@@ -1,5 +1,6 @@
 #include "report/coverage_summary.h"
 
+#include "geometry/surface_loading.h"
 #include "quality/quality_evaluator.h"
 #include "support/angles.h"
 #include "support/formatted_text.h"
@@ -165,7 +166,7 @@ Json::Value SummaryToJson(const SummaryInputs& inputs, const CoverageSummary& su
     in["obstacles"] = PathsToJson(inputs.obstaclePaths);
     if (inputs.unitScale)
     {
-        in["unit"] = *inputs.unitScale == 1.0 ? "m" : "mm";
+        in["unit"] = UnitSymbol(*inputs.unitScale);
         for (double extent : inputs.sizeMm)
             in["size_mm"].append(extent);
     }
