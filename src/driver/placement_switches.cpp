@@ -55,7 +55,47 @@ bool LoadKeepOut(const std::string& path, double unitScale, SeatRules& rules)
     return true;
 }
 
+// The box around V's rows (metres), low corner and high corner.
+std::pair<Eigen::Vector3f, Eigen::Vector3f> BoxOf(const VertexMatrix& V)
+{
+    return {V.colwise().minCoeff().transpose(), V.colwise().maxCoeff().transpose()};
+}
+
 } // namespace
+
+void WarnOfMeshesAwayFromTheSurface(const CommandOptions& options, const TrackedSurface& surface)
+{
+    // A mesh that misses the surface's box grown by a tenth on every side, or whose size is off
+    // the surface's by more than this factor, is no part of this device: most likely another
+    // unit (a factor of 10, 25.4 or 1000).
+    constexpr float kSizeFactor = 100.0f;
+    auto [low, high] = BoxOf(surface.vertices());
+    const float size = (high - low).maxCoeff();
+    const Eigen::Vector3f margin = 0.1f * (high - low);
+    low -= margin;
+    high += margin;
+    for (const auto& [paths, kind] :
+         {std::pair{&options.obstaclePaths, "/obstacles"}, {&options.keepOutPaths, "/keepout"}})
+    {
+        for (const std::string& path : *paths)
+        {
+            VertexMatrix V;
+            TriangleMatrix F;
+            NormalMatrix N;
+            if (!ReadMeshMatrices(path, V, F, N) || V.rows() == 0)
+                continue; // said where the mesh is used
+            V *= static_cast<float>(surface.unitScale());
+            const auto [meshLow, meshHigh] = BoxOf(V);
+            const float meshSize = (meshHigh - meshLow).maxCoeff();
+            if ((meshLow.array() > high.array()).any() || (meshHigh.array() < low.array()).any() ||
+                meshSize * kSizeFactor < size || meshSize > kSizeFactor * size)
+                std::fprintf(stderr,
+                             "WARNING: %s \"%s\" does not fit the sensor surface (it lies outside its box, or is over "
+                             "100 times smaller or larger); is it in the same unit (%s)?\n",
+                             kind, path.c_str(), UnitName(surface.unitScale()).c_str());
+        }
+    }
+}
 
 SurfaceLoading SurfaceLoadingOf(const CommandOptions& options)
 {
