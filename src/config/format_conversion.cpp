@@ -14,7 +14,7 @@ Status ConvertModelFormat(const std::string& path, int format, std::ostream& out
 {
     const std::string text = ReadTextFile(path);
     if (text.empty())
-        return Status::Failure("couldn't read " + path + ": file is empty or does not exist\n");
+        return Status::Failure("couldn't read " + path + ": " + UnreadableReason(path) + "\n");
     if (NestedTooDeep(text))
         return Status::Failure("couldn't read " + path + ": nested more than " + std::to_string(kMaxJsonNesting) +
                                " levels deep\n");

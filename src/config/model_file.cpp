@@ -10,7 +10,6 @@
 #include <json/reader.h>
 #include <json/value.h>
 
-#include <filesystem>
 #include <system_error>
 
 namespace kelvorig {
@@ -72,11 +71,8 @@ Status ReadModel(const std::string& path, TrackedObjectModel& model, std::string
         text = ReadRuntimeFile(name);
     }
 
-    std::error_code ignored;
-    if (text.empty() && std::filesystem::is_directory(name, ignored))
-        return Status::Failure("couldn't read " + name + ": is a directory\n");
     if (text.empty())
-        return Status::Failure("couldn't read " + name + ": file is empty or does not exist\n");
+        return Status::Failure("couldn't read " + name + ": " + UnreadableReason(name) + "\n");
     return ReadModelText(name, text, model, warnings);
 }
 

@@ -1,6 +1,9 @@
 #include "support/text_file.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
 
 #include <sys/stat.h>
 
@@ -44,6 +47,23 @@ std::string ReadTextFile(const std::string& path)
         text.push_back(bytes[i]);
     }
     return text;
+}
+
+std::string UnreadableReason(const std::string& path)
+{
+    // A missing file and an empty one are one case to the user.
+    static const std::string kMissingOrEmpty = "file is empty or does not exist";
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (error)
+        return error == std::errc::no_such_file_or_directory ? kMissingOrEmpty : error.message();
+    if (std::filesystem::is_directory(status))
+        return "is a directory";
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr)
+        return std::strerror(errno);
+    std::fclose(file);
+    return kMissingOrEmpty;
 }
 
 } // namespace kelvorig
