@@ -10,7 +10,7 @@
 #include <json/reader.h>
 #include <json/value.h>
 
-#include <system_error>
+#include <utility>
 
 namespace kelvorig {
 namespace {
@@ -39,7 +39,7 @@ Status ReadStandaloneSection(const std::string& name, const std::string& text, T
     if (Status checked = CheckLayoutSection(name, section, warnings); !checked)
         return checked;
     Json::Value wrapper;
-    wrapper[kSectionKey] = section;
+    wrapper[kSectionKey] = std::move(section);
     try
     {
         // note: the result is dropped on purpose; a section without "channelMap" loads as an

@@ -5,14 +5,15 @@
 namespace kelvorig {
 namespace {
 
-// Reads element i of an array the way JsonCpp's writing index operator does on a local
-// copy: a missing element becomes null, and null reads as 0.
-float ReadTripleElement(Json::Value& triple, Json::ArrayIndex i)
+// Reads element i of an array as JsonCpp's writing index operator would on a copy: a missing
+// element is null, and null reads as 0. note: read in place, with no copy of the section, which
+// for a large layout costs more than the reading.
+float ReadTripleElement(const Json::Value& triple, Json::ArrayIndex i)
 {
     return static_cast<float>(triple[i].asDouble());
 }
 
-Eigen::Vector3f ReadTriple(Json::Value& triple)
+Eigen::Vector3f ReadTriple(const Json::Value& triple)
 {
     return Eigen::Vector3f(ReadTripleElement(triple, 0), ReadTripleElement(triple, 1), ReadTripleElement(triple, 2));
 }
@@ -33,7 +34,7 @@ bool TrackedObjectModel::ParseModelSection(const Json::Value& root)
     if (!root.isMember("pharoscope_config"))
         return false;
 
-    Json::Value section = root.get("pharoscope_config", Json::Value(Json::objectValue));
+    const Json::Value& section = root["pharoscope_config"];
     modelCad = section.get("modelCad", "").asString();
     if (!section.isMember("channelMap"))
         return false;
@@ -42,11 +43,11 @@ bool TrackedObjectModel::ParseModelSection(const Json::Value& root)
     for (Json::ArrayIndex i = 0; i < channels.size(); ++i)
         channelMap.push_back(channels.get(i, 0).asInt());
 
-    Json::Value& points = section["modelPoints"];
+    const Json::Value& points = section["modelPoints"];
     for (Json::ArrayIndex i = 0; i < points.size(); ++i)
         modelPoints.push_back(ReadTriple(points[i]));
 
-    Json::Value& normals = section["modelNormals"];
+    const Json::Value& normals = section["modelNormals"];
     for (Json::ArrayIndex i = 0; i < normals.size(); ++i)
     {
         Eigen::Vector3f n = ReadTriple(normals[i]);
