@@ -1,10 +1,12 @@
 #include "quality/pose_solvability.h"
 #include "quality/quality_evaluator.h"
+#include "support/progress_stream.h"
 #include "support/stop_request.h"
 #include "support/worker_pool.h"
 
 #include <algorithm>
 #include <optional>
+#include <ostream>
 
 namespace kelvorig {
 namespace {
@@ -48,9 +50,18 @@ std::vector<RowScratch> WriteRowsInOrder(const std::vector<BaseStationPose>& pos
     }
 
     std::vector<RowSpan> spans(std::min(kRowsPerBatch, poses.size()));
+    // A report of this many rows takes a minute or more: it shows its progress, a line a tenth.
+    constexpr size_t kRowsWorthProgress = 1'000'000;
+    std::ostream* progress = poses.size() >= kRowsWorthProgress ? ProgressStream() : nullptr;
+    size_t tenthsShown = 0;
     // note: on a stop request the report ends after the batch under way, at a whole row.
     for (size_t first = 0; first < poses.size() && !StopRequested(); first += kRowsPerBatch)
     {
+        if (progress != nullptr && 10 * first / poses.size() > tenthsShown)
+        {
+            tenthsShown = 10 * first / poses.size();
+            *progress << "report: " << 10 * tenthsShown << "% of " << poses.size() << " rows written\n" << std::flush;
+        }
         const size_t count = std::min(kRowsPerBatch, poses.size() - first);
         auto computeRows = [&](int32_t worker, size_t begin, size_t end)
         {
