@@ -106,7 +106,7 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
                 ReportUnbuiltSurface(options);
             return 1;
         }
-        WarnOfMeshesAwayFromTheSurface(options, *surface);
+        DescribeMeshes(options, *surface);
         if (!BuildSeatRules(options, *surface, seatRules))
             return 1;
         surface->SetSeatRules(seatRules.get());

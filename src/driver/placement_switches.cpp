@@ -2,6 +2,7 @@
 
 #include "geometry/mesh_checks.h"
 #include "geometry/mesh_loading.h"
+#include "support/angles.h"
 
 #include <cstdio>
 #include <vector>
@@ -63,13 +64,22 @@ std::pair<Eigen::Vector3f, Eigen::Vector3f> BoxOf(const VertexMatrix& V)
 
 } // namespace
 
-void WarnOfMeshesAwayFromTheSurface(const CommandOptions& options, const TrackedSurface& surface)
+void DescribeMeshes(const CommandOptions& options, const TrackedSurface& surface)
 {
+    const auto describe = [](const std::string& path, const std::string& unit, const Eigen::Vector3f& extent)
+    {
+        const Eigen::Vector3d mm = extent.cast<double>() * kMillimetresPerMetre;
+        std::fprintf(stderr, "mesh \"%s\": %s, %.4g x %.4g x %.4g mm\n", path.c_str(), unit.c_str(), mm.x(), mm.y(),
+                     mm.z());
+    };
+    const std::string unitName = UnitName(surface.unitScale());
+    auto [low, high] = BoxOf(surface.vertices());
+    describe(surface.surfacePath(),
+             unitName + (options.meshUnit.empty() ? ", inferred from its size" : ", from /meshunit"), high - low);
     // A mesh that misses the surface's box grown by a tenth on every side, or whose size is off
     // the surface's by more than this factor, is no part of this device: most likely another
     // unit (a factor of 10, 25.4 or 1000).
     constexpr float kSizeFactor = 100.0f;
-    auto [low, high] = BoxOf(surface.vertices());
     const float size = (high - low).maxCoeff();
     const Eigen::Vector3f margin = 0.1f * (high - low);
     low -= margin;
@@ -86,13 +96,14 @@ void WarnOfMeshesAwayFromTheSurface(const CommandOptions& options, const Tracked
                 continue; // said where the mesh is used
             V *= static_cast<float>(surface.unitScale());
             const auto [meshLow, meshHigh] = BoxOf(V);
+            describe(path, unitName + ", as the sensor surface", meshHigh - meshLow);
             const float meshSize = (meshHigh - meshLow).maxCoeff();
             if ((meshLow.array() > high.array()).any() || (meshHigh.array() < low.array()).any() ||
                 meshSize * kSizeFactor < size || meshSize > kSizeFactor * size)
                 std::fprintf(stderr,
                              "WARNING: %s \"%s\" does not fit the sensor surface (it lies outside its box, or is over "
                              "100 times smaller or larger); is it in the same unit (%s)?\n",
-                             kind, path.c_str(), UnitName(surface.unitScale()).c_str());
+                             kind, path.c_str(), unitName.c_str());
         }
     }
 }

@@ -9,10 +9,12 @@
 
 namespace kelvorig {
 
-// A warning on standard error for each obstacle or keep-out whose box does not meet the sensor
-// surface's box grown by a tenth, or whose size is over 100 times off the surface's: most
-// likely a mesh in another unit, which would block or keep out nothing.
-void WarnOfMeshesAwayFromTheSurface(const CommandOptions& options, const TrackedSurface& surface);
+// Says on standard error, for the sensor surface and then each obstacle and keep-out, the unit
+// it is read in (and whether inferred) and its extent in millimetres; and warns of an obstacle or
+// keep-out whose box does not meet the sensor surface's box grown by a tenth, or whose size is
+// over 100 times off the surface's: most likely a mesh in another unit, which would block or
+// keep out nothing.
+void DescribeMeshes(const CommandOptions& options, const TrackedSurface& surface);
 
 // How the sensor surface is read: /normalsfromwinding and /meshunit (checked before).
 SurfaceLoading SurfaceLoadingOf(const CommandOptions& options);

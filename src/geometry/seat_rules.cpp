@@ -87,4 +87,21 @@ std::string SeatRules::Describe(SeatRule rule) const
     return text.str();
 }
 
+const char* SeatRules::Remedy(SeatRule rule)
+{
+    switch (rule)
+    {
+    case SeatRule::kMaxSeatDepth:
+        return "Every seat lies deeper under the hull of the surface and its obstacles: allow more depth, or check "
+               "that the obstacles close openings rather than cover the outside.";
+    case SeatRule::kKeepOut:
+        return "Every seat lies inside a keep-out: check the keep-outs' size and unit.";
+    case SeatRule::kMinSensorSpacing:
+        return "The sensors can't lie that far apart on this surface: ask for less spacing or fewer sensors.";
+    case SeatRule::kSeatTest:
+        break;
+    }
+    return "";
+}
+
 } // namespace kelvorig

@@ -64,6 +64,8 @@ public:
 
     // The switch that sets `rule`, with its value: "/maxseatdepth 5".
     std::string Describe(SeatRule rule) const;
+    // What to change when `rule` leaves no seat, as a sentence.
+    static const char* Remedy(SeatRule rule);
 
 private:
     std::optional<ConvexHull> hull_;

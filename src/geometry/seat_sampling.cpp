@@ -219,13 +219,17 @@ bool TrackedSurface::PassesSeatRules(const Eigen::Vector3f& position, const Eige
 
 Status TrackedSurface::NoSeat(const SeatRefusals& refusals) const
 {
+    // note: broken normals and facets were mended as the surface was read, so what is left is
+    // the surface's own shape or a rule; the second line says what to change.
     const SeatRule emptying = refusals.Emptying();
     if (emptying == SeatRule::kSeatTest || seatRules_ == nullptr)
-        return Status::Failure(
-            Formatted("Error: no position on the sensor surface \"%s\" can take a sensor.\n", surfacePath_.c_str()));
+        return Status::Failure(Formatted("Error: no position on the sensor surface \"%s\" can take a sensor.\n"
+                                         "  No facet has room for a sensor's 6 mm disc with nothing in the way: is the "
+                                         "mesh in the unit it is read in (see its line above)?\n",
+                                         surfacePath_.c_str()));
     return Status::Failure(
-        Formatted("Error: %s leaves no position on the sensor surface \"%s\" that can take a sensor.\n",
-                  seatRules_->Describe(emptying).c_str(), surfacePath_.c_str()));
+        Formatted("Error: %s leaves no position on the sensor surface \"%s\" that can take a sensor.\n  %s\n",
+                  seatRules_->Describe(emptying).c_str(), surfacePath_.c_str(), SeatRules::Remedy(emptying)));
 }
 
 } // namespace kelvorig

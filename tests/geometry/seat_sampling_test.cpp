@@ -98,7 +98,10 @@ TEST(SeatSampling, SurfaceWithoutSeatsFails)
     MeshSurface tiny(MakeBox(Eigen::Vector3f(0.002f, 0.002f, 0.002f)));
     Eigen::Vector3f position, normal = kUp;
     EXPECT_EQ(tiny.surface().SampleSeatNear(position, normal, 0.5f).message(),
-              "Error: no position on the sensor surface \"" + tiny.surface().surfacePath() + "\" can take a sensor.\n");
+              "Error: no position on the sensor surface \"" + tiny.surface().surfacePath() +
+                  "\" can take a sensor.\n  No facet has room for a sensor's 6 mm disc with nothing in the way: is the "
+                  "mesh in the unit "
+                  "it is read in (see its line above)?\n");
 }
 
 // A 60 mm cube broken as real files are (wound inside out, its stored normals negated or

@@ -37,6 +37,14 @@ std::vector<std::string> Lines(const std::string& text)
     return lines;
 }
 
+std::string WithoutMeshLines(const std::string& err)
+{
+    std::string kept;
+    for (const std::string& line : Lines(err))
+        kept += line.starts_with("mesh \"") ? "" : line + "\n";
+    return kept;
+}
+
 std::string ReadFile(const std::string& path)
 {
     std::ifstream in(path, std::ios::binary);

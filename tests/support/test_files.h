@@ -25,5 +25,8 @@ void WriteFile(const std::string& path, const std::string& contents);
 std::string ReadFile(const std::string& path);
 // The lines of `text` without their line ends.
 std::vector<std::string> Lines(const std::string& text);
+// Standard error without the lines that name each mesh's unit and extent, which every run with a
+// surface prints first.
+std::string WithoutMeshLines(const std::string& err);
 
 } // namespace kelvorig::test
