@@ -10,6 +10,8 @@
 #include <json/reader.h>
 #include <json/value.h>
 
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace kelvorig {
@@ -60,10 +62,16 @@ Status ReadModel(const std::string& path, TrackedObjectModel& model, std::string
 {
     std::string name = path;
     std::string text;
+    std::error_code notADirectory;
     // note: a substring search, case-sensitive: "x.json.bak" is a path, "x.JSON" a device name.
     if (path.find(".json") != std::string::npos)
     {
         text = ReadTextFile(name);
+    }
+    else if (std::filesystem::is_directory(path, notADirectory))
+    {
+        // A folder named on the command line is one, whatever a device name could make of it.
+        return Status::Failure("couldn't read " + path + ": is a directory\n");
     }
     else
     {
