@@ -14,7 +14,7 @@
 namespace kelvorig {
 namespace {
 
-// Sizes a hand-held or head-worn device can have, metres, as a box diagonal.
+// Sizes a hand-held or head-worn device can have, metres, as its longest side.
 constexpr double kSmallestDevice = 0.02;
 constexpr double kLargestDevice = 2.0;
 
@@ -185,16 +185,16 @@ void WarnOfMeshProblems(std::string& warnings, const std::string& path, const Me
          problems.facets);
 }
 
-void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float diagonal, double unitScale,
+void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float longestSide, double unitScale,
                            bool inferred)
 {
-    const double metres = static_cast<double>(diagonal) * unitScale;
+    const double metres = static_cast<double>(longestSide) * unitScale;
     if (!(metres < kSmallestDevice || metres > kLargestDevice))
         return;
     AppendFormatted(warnings,
-                    "WARNING: \"%s\": a box diagonal of %g %s (%s) is implausible for a hand-held or head-worn device "
+                    "WARNING: \"%s\": a longest side of %g %s (%s) is implausible for a hand-held or head-worn device "
                     "(20 mm to 2 m); /meshunit mm|cm|m|in sets the unit\n",
-                    path.c_str(), static_cast<double>(diagonal), UnitName(unitScale).c_str(),
+                    path.c_str(), static_cast<double>(longestSide), UnitName(unitScale).c_str(),
                     inferred ? "unit inferred from the size" : "unit from /meshunit");
 }
 

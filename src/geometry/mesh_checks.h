@@ -38,9 +38,9 @@ void RepairOrientation(std::string& warnings, const std::string& path, const Mes
 // `path`: facets of zero area and open edges.
 void WarnOfMeshProblems(std::string& warnings, const std::string& path, const MeshProblems& problems);
 
-// Appends a warning when the box diagonal (file unit) times unitScale is under 20 mm or over
-// 2 m, naming the unit, `inferred` or not.
-void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float diagonal, double unitScale,
+// Appends a warning when the mesh's longest side (file unit) times unitScale is under 20 mm or
+// over 2 m, naming the unit, `inferred` or not.
+void WarnOfImplausibleSize(std::string& warnings, const std::string& path, float longestSide, double unitScale,
                            bool inferred);
 
 // The largest coordinate, in the file's unit, a usable vertex may have: beyond it a mesh of

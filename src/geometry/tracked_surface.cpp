@@ -68,7 +68,8 @@ Status TrackedSurface::LoadSensorSurface(const SurfaceLoading& loading)
     RepairOrientation(warnings_, surfacePath_, problems, triangles_, faceNormals_, vertices_,
                       !loading.normalsFromWinding);
     WarnOfMeshProblems(warnings_, surfacePath_, problems);
-    WarnOfImplausibleSize(warnings_, surfacePath_, diagonal, unitScale_, !loading.unitScale);
+    const float longestSide = (vertices_.colwise().maxCoeff() - vertices_.colwise().minCoeff()).maxCoeff();
+    WarnOfImplausibleSize(warnings_, surfacePath_, longestSide, unitScale_, !loading.unitScale);
     vertices_ *= static_cast<float>(unitScale_);
     if (loading.normalsFromWinding)
         faceNormals_ = WindingNormals(vertices_, triangles_);
