@@ -87,7 +87,7 @@ bool CheckValue(const SwitchRow& row, const std::string& text)
     const bool whole = std::all_of(values.begin(), values.end(),
                                    [&row](const std::optional<double>& v) { return v && InRange(*v, row.range); });
     // note: the pair was put in order as it was read, but its texts were kept as typed.
-    if (!whole || (values.size() == 2 && !(std::abs(*values[1] - *values[0]) >= 1e-9)))
+    if (!whole || (values.size() == 2 && !(std::abs(*values[1] - *values[0]) >= row.range.minGap)))
     {
         std::fprintf(stderr, "%s %s: %s\n", row.name, text.c_str(), row.range.requirement);
         return false;
@@ -143,7 +143,7 @@ bool CheckAnnealSize(const CommandOptions& options)
     if (moves > kMaxAnnealMoves)
     {
         std::fprintf(stderr,
-                     "the anneal would make about %.3g moves (/nsensors %d, /niterations %d, /coolingrate %.12g, "
+                     "the anneal would make about %.0f moves (/nsensors %d, /niterations %d, /coolingrate %.12g, "
                      "/restarts %d): more than the %.0f a run can finish\n",
                      moves, options.nSensors, options.nIterations, options.coolingRate, options.restarts,
                      kMaxAnnealMoves);

@@ -102,14 +102,17 @@ const std::array kRows = {
                .lowOpen = true,
                .highOpen = true,
                .requirement = "the rate must be greater than 0 and less than 1"}},
-    // Scores are pose errors in metres and radians; the bounds must leave tanh a finite slope.
+    // The score's slope is 3.6369 / (upper - lower) and its midpoint (lower + upper) / 2: bounds
+    // closer together, or larger, make them infinite and the score not a number. Any sign is
+    // accepted; the range is used, as always, only when both bounds are above 0.
     SwitchRow{"/qualityrange",
               Kind::kRealPair,
               std::array{&O::qualityLow, &O::qualityHigh},
               SwitchUse::kReport,
-              {.low = -1e6,
-               .high = 1e6,
-               .requirement = "the bounds must be from -1000000 to 1000000, the lower at least 1e-09 below the upper"}},
+              {.low = -1e300,
+               .high = 1e300,
+               .minGap = 1e-300,
+               .requirement = "the bounds must be from -1e300 to 1e300, the lower at least 1e-300 below the upper"}},
     SwitchRow{"/maxincidenceangle",
               Kind::kReal,
               &O::maxIncidenceAngle,
