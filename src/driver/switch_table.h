@@ -29,7 +29,7 @@ struct SwitchRange
     bool lowOpen = false; // low itself refused
     bool highOpen = false;
     bool zeroRefused = false;
-    double minGap = 0.0; // two values: the least by which they must differ
+    double minGap = 0.0;          // two values: the least by which they must differ
     const char* requirement = ""; // "the count must be a whole number, 1 or more"
     // A documented size limit with its own words, checked after the range:
     // "<switch> <value> is more than the <limit> <limitWhat>".
