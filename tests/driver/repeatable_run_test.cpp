@@ -132,7 +132,9 @@ TEST(RepeatableRun, AnInterruptedRunWritesCompleteFilesAndEndsWith130)
     } cases[] = {
         {box.Generate({"/seed", "5"}, "100000"), "....", SIGINT},
         {box.Generate({"/restarts", "3", "/seed", "5"}, "100000"), "anneal duration: ", SIGTERM},
-        {box.Generate({"/seed", "5", "/angleresolutiondegrees", "0.1", "/outsummary", box.dir.File("s.json")}),
+        // One thread, so that the report outlasts the signal on a machine of many processors.
+        {box.Generate(
+             {"/seed", "5", "/angleresolutiondegrees", "0.1", "/threads", "1", "/outsummary", box.dir.File("s.json")}),
          box.json, SIGINT},
     };
     // Stopped while the orientations are sampled, before any anneal: no file, no report.
@@ -147,8 +149,8 @@ TEST(RepeatableRun, AnInterruptedRunWritesCompleteFilesAndEndsWith130)
             EXPECT_NE(entry.path().extension(), ".tmp") << entry.path();
         const std::vector<std::string> json = Lines(ReadFile(box.json));
         ASSERT_GE(json.size(), 4u);
-        // Of the restarts, the second may have begun and done better.
-        EXPECT_TRUE(json[1] == "// Seed: 5" || json[1] == "// Seed: 6") << json[1];
+        // Restarts run side by side, as many as there are processors: any of them may lead.
+        EXPECT_TRUE(json[1] == "// Seed: 5" || json[1] == "// Seed: 6" || json[1] == "// Seed: 7") << json[1];
         EXPECT_EQ(test::RunKelvorig({"/model", box.json, "/angleresolutiondegrees", "30"}).status, 0);
         if (c.ready == box.json)
         {
