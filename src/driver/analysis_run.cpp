@@ -3,6 +3,7 @@
 #include "driver/interrupt_signal.h"
 #include "driver/output_file.h"
 #include "driver/visual_outputs.h"
+#include "geometry/seat_checks.h"
 #include "quality/pose_solvability.h"
 #include "support/angles.h"
 #include "support/stop_request.h"
@@ -43,18 +44,25 @@ bool CanAnalyse(const SensorLayout& layout)
 
 } // namespace
 
-int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,
+int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const LayoutSource& source,
                 QualityEvaluator& evaluator)
 {
     WorkerPool workers(options.threads);
-    return RunAnalysis(options, layout, surface, evaluator, workers);
+    return RunAnalysis(options, layout, source, evaluator, workers);
 }
 
-int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const TrackedSurface* surface,
+int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const LayoutSource& source,
                 QualityEvaluator& evaluator, WorkerPool& workers)
 {
     if (!CanAnalyse(layout))
         return 1;
+    const TrackedSurface* surface = source.surface;
+    std::vector<SeatFindings> seats;
+    if (surface != nullptr && source.seatRules != nullptr)
+    {
+        seats = CheckSeats(layout.positions, layout.normals, layout.sensorIds, *surface, *source.seatRules);
+        std::fputs(SeatWarnings(seats, layout.sensorIds).c_str(), stderr);
+    }
 
     const double step = DegreesToRadians(options.angleResolutionDegrees);
     layout.cosMaxIncidence = std::cos(DegreesToRadians(options.maxIncidenceAngle));
@@ -76,7 +84,7 @@ int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const Track
     // A report stopped by a signal ended at a whole row; nothing more is made of it.
     if (StopRequested())
         return kInterruptedStatus;
-    if (visuals && !WriteVisualOutputs(options, layout, surface, directions))
+    if (visuals && !WriteVisualOutputs(options, layout, source, directions, seats))
         return 1;
     return StopRequested() ? kInterruptedStatus : 0;
 }

@@ -88,6 +88,7 @@ bool Store(const SwitchRow& row, std::span<const std::string> values, CommandOpt
 
 bool ReadCommandLine(const std::vector<std::string>& arguments, CommandOptions& options)
 {
+    options.arguments = arguments;
     for (size_t i = 0; i < arguments.size(); ++i)
     {
         const std::string& argument = arguments[i];

@@ -56,6 +56,7 @@ struct CommandOptions
     // Each numeric switch read, with its value as typed ("5 2" for /qualityrange), in order: the
     // checks refuse what the leading-number reading let through.
     std::vector<std::pair<std::string, std::string>> givenNumbers;
+    std::vector<std::string> arguments; // the whole command line as given, for the run's record
 
     // True when /outsummary, /outpng or /outhtml asks for a file.
     bool WantsVisualOutputs() const { return !outSummaryPath.empty() || !outPngPath.empty() || !outHtmlPath.empty(); }

@@ -109,7 +109,8 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
         DescribeMeshes(options, *surface);
         if (!BuildSeatRules(options, *surface, seatRules))
             return 1;
-        surface->SetSeatRules(seatRules.get());
+        // note: draws without a rule must not ask: asking changes what they draw.
+        surface->SetSeatRules(seatRules->Restricts() ? seatRules.get() : nullptr);
     }
 
     if (layout && options.generate && !CheckImmutableSensorCount(layout->SensorCount(), options.nSensors))
@@ -126,11 +127,11 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
     case RunMode::kCoverage:
         return RunCoverage(options, *surface);
     case RunMode::kGenerate:
-        return RunGenerate(options, layout.get(), *surface, evaluator);
+        return RunGenerate(options, layout.get(), *surface, *seatRules, evaluator);
     case RunMode::kAnalysis:
         break;
     }
-    return RunAnalysis(options, *layout, surface.get(), evaluator);
+    return RunAnalysis(options, *layout, LayoutSource{surface.get(), seatRules.get(), std::nullopt}, evaluator);
 }
 
 } // namespace

@@ -66,7 +66,8 @@ std::vector<std::string> RunNotes(const AnnealOutcome& outcome)
 // its JSON text end here, before the report starts.
 std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const SensorLayout* immutableSensors,
                                            TrackedSurface& surface, WorkerPool& workers,
-                                           const std::atomic<bool>& stopRequest, int& failureStatus)
+                                           const std::atomic<bool>& stopRequest, int& failureStatus,
+                                           std::optional<uint32_t>& layoutSeed)
 {
     PlacementProblem problem(options.nSensors, surface);
     problem.model = immutableSensors;
@@ -85,6 +86,7 @@ std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const 
         return std::nullopt;
     }
     const TrackedObjectModel& model = outcome.model;
+    layoutSeed = outcome.seed;
     const std::string json = Json::StyledWriter().write(model.ModelToJson());
     const std::vector<std::string> notes = RunNotes(outcome);
 
@@ -120,7 +122,7 @@ std::optional<SensorLayout> AnnealAndWrite(const CommandOptions& options, const 
 } // namespace
 
 int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSensors, TrackedSurface& surface,
-                QualityEvaluator& evaluator)
+                const SeatRules& seatRules, QualityEvaluator& evaluator)
 {
     const std::atomic<bool>& stopRequest = CatchInterrupts();
     LowerThreadPriority();
@@ -128,13 +130,14 @@ int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSens
     WorkerPool workers(options.threads);
     surface.SetMaxSurfaceAngle(options.maxSurfaceAngle);
     int failureStatus = 1;
+    LayoutSource source{&surface, &seatRules, std::nullopt};
     std::optional<SensorLayout> result =
-        AnnealAndWrite(options, immutableSensors, surface, workers, stopRequest, failureStatus);
+        AnnealAndWrite(options, immutableSensors, surface, workers, stopRequest, failureStatus, source.seed);
     if (!result)
         return failureStatus;
     if (stopRequest.load())
         return kInterruptedStatus;
-    return RunAnalysis(options, *result, &surface, evaluator, workers);
+    return RunAnalysis(options, *result, source, evaluator, workers);
 }
 
 } // namespace kelvorig

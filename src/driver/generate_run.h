@@ -19,6 +19,6 @@ AnnealSettings AnnealSettingsOf(const CommandOptions& options);
 // requested files, then runs the analysis on the result. Returns the exit status; a surface
 // without a seat for a sensor ends the run with status 1 and no files.
 int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSensors, TrackedSurface& surface,
-                QualityEvaluator& evaluator);
+                const SeatRules& seatRules, QualityEvaluator& evaluator);
 
 } // namespace kelvorig

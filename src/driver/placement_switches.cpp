@@ -119,31 +119,28 @@ SurfaceLoading SurfaceLoadingOf(const CommandOptions& options)
 
 bool BuildSeatRules(const CommandOptions& options, const TrackedSurface& surface, std::unique_ptr<SeatRules>& rules)
 {
-    // A spacing of 0 keeps nothing apart: no rule, and draws exactly as without the switch.
-    const bool spacing = options.minSensorSpacing && *options.minSensorSpacing > 0.0;
-    if (!options.maxSeatDepth && options.keepOutPaths.empty() && !spacing)
-        return true;
     rules = std::make_unique<SeatRules>();
-    if (options.maxSeatDepth)
+    // The hull measures every seat's depth, rule or not; only /maxseatdepth needs it.
+    std::vector<Eigen::Vector3d> points;
+    if (!DevicePoints(surface, points))
+        return false;
+    if (std::optional<ConvexHull> hull = ConvexHull::Build(points))
+        rules->SetHull(std::move(*hull));
+    else if (options.maxSeatDepth)
     {
-        std::vector<Eigen::Vector3d> points;
-        if (!DevicePoints(surface, points))
-            return false;
-        std::optional<ConvexHull> hull = ConvexHull::Build(points);
-        if (!hull)
-        {
-            std::fprintf(stderr, "Could not compute the convex hull of \"%s\" for /maxseatdepth\n",
-                         surface.surfacePath().c_str());
-            return false;
-        }
-        rules->SetMaxSeatDepth(std::move(*hull), *options.maxSeatDepth);
+        std::fprintf(stderr, "Could not compute the convex hull of \"%s\" for /maxseatdepth\n",
+                     surface.surfacePath().c_str());
+        return false;
     }
+    if (options.maxSeatDepth)
+        rules->SetMaxSeatDepth(*options.maxSeatDepth);
     for (const std::string& path : options.keepOutPaths)
     {
         if (!LoadKeepOut(path, surface.unitScale(), *rules))
             return false;
     }
-    if (spacing)
+    // A spacing of 0 keeps nothing apart: no rule, and draws exactly as without the switch.
+    if (options.minSensorSpacing && *options.minSensorSpacing > 0.0)
         rules->SetMinSensorSpacing(*options.minSensorSpacing);
     return true;
 }

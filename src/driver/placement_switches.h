@@ -19,9 +19,10 @@ void DescribeMeshes(const CommandOptions& options, const TrackedSurface& surface
 // How the sensor surface is read: /normalsfromwinding and /meshunit (checked before).
 SurfaceLoading SurfaceLoadingOf(const CommandOptions& options);
 
-// The seat rules of /maxseatdepth (a convex hull of the surface and its obstacles),
-// /keepout and /minsensorspacing, in `rules`, left null when none is given. False, with the
-// reason on standard error, when a keep-out or the hull can't be built.
+// The seat rules of /maxseatdepth, /keepout and /minsensorspacing in `rules`, with the convex
+// hull of the surface and its obstacles that seat depths are measured against (none when it
+// can't be built). False, with the reason on standard error, when a keep-out, or the hull that
+// /maxseatdepth needs, can't be built.
 bool BuildSeatRules(const CommandOptions& options, const TrackedSurface& surface, std::unique_ptr<SeatRules>& rules);
 
 } // namespace kelvorig

@@ -36,8 +36,29 @@ std::string LayoutPath(const CommandOptions& options)
     return options.outModelPath.empty() ? options.outScadPath : options.outModelPath;
 }
 
-SummaryInputs InputsOf(const CommandOptions& options, const TrackedSurface* surface)
+RunRecord RunRecordOf(const CommandOptions& options, std::optional<uint32_t> seed)
 {
+    RunRecord run;
+    run.commandLine = options.arguments;
+    run.seed = seed;
+    run.restarts = options.restarts;
+    run.nIterations = options.nIterations;
+    run.coolingRate = options.coolingRate;
+    run.qualityRange = {options.qualityLow, options.qualityHigh};
+    run.maxSurfaceAngleDegrees = options.maxSurfaceAngle;
+    run.tiltRadians = options.srbTiltRadians;
+    run.maxSeatDepthMm = options.maxSeatDepth;
+    if (options.minSensorSpacing && *options.minSensorSpacing > 0.0)
+        run.minSensorSpacingMm = options.minSensorSpacing;
+    run.keepOutPaths = options.keepOutPaths;
+    run.meshUnit = options.meshUnit;
+    run.normalsFromWinding = options.normalsFromWinding;
+    return run;
+}
+
+SummaryInputs InputsOf(const CommandOptions& options, const LayoutSource& source)
+{
+    const TrackedSurface* surface = source.surface;
     SummaryInputs inputs;
     const std::string layoutPath = LayoutPath(options);
     inputs.layoutName = std::filesystem::path(layoutPath).stem().string();
@@ -59,17 +80,20 @@ SummaryInputs InputsOf(const CommandOptions& options, const TrackedSurface* surf
     inputs.maxIncidenceDegrees = options.maxIncidenceAngle;
     inputs.gridStepDegrees = options.angleResolutionDegrees;
     inputs.nOrientations = options.nOrientations;
+    inputs.run = RunRecordOf(options, source.seed);
     return inputs;
 }
 
 } // namespace
 
-bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layout, const TrackedSurface* surface,
-                        const std::vector<DirectionQuality>& directions)
+bool WriteVisualOutputs(const CommandOptions& options, const SensorLayout& layout, const LayoutSource& source,
+                        const std::vector<DirectionQuality>& directions, const std::vector<SeatFindings>& seats)
 {
-    const SummaryInputs inputs = InputsOf(options, surface);
+    const TrackedSurface* surface = source.surface;
+    const SummaryInputs inputs = InputsOf(options, source);
     const double score = AnnealScoreOf(layout, surface, AnnealSettingsOf(options));
-    const CoverageSummary summary = SummariseCoverage(directions, layout, score);
+    CoverageSummary summary = SummariseCoverage(directions, layout, score);
+    summary.seats = seats;
 
     // note: a stop request ends the files' writing between two of them; each one written is whole.
     if (StopRequested())

@@ -2,6 +2,7 @@
 
 #include "support/angles.h"
 
+#include <algorithm>
 #include <sstream>
 #include <utility>
 
@@ -26,10 +27,33 @@ SeatRule SeatRefusals::Emptying() const
     return SeatRule::kSeatTest;
 }
 
-void SeatRules::SetMaxSeatDepth(ConvexHull hull, double millimetres)
+void SeatRules::SetHull(ConvexHull hull)
 {
     hull_ = std::move(hull);
+}
+
+void SeatRules::SetMaxSeatDepth(double millimetres)
+{
     maxSeatDepth_ = millimetres;
+}
+
+std::optional<double> SeatRules::HullDepth(const Eigen::Vector3d& position, const Eigen::Vector3d& normal) const
+{
+    if (!hull_)
+        return std::nullopt;
+    return hull_->ExitDistance(position, normal);
+}
+
+bool SeatRules::TooDeep(double depth) const
+{
+    // not "depth > limit": a depth that is not a number is too deep too.
+    return maxSeatDepth_ && !(depth <= *maxSeatDepth_ * kMetresPerMillimetre + kDepthTolerance);
+}
+
+bool SeatRules::InKeepOut(const Eigen::Vector3f& position) const
+{
+    return std::any_of(keepOuts_.begin(), keepOuts_.end(),
+                       [&position](const KeepOutVolume& volume) { return volume.Contains(position); });
 }
 
 void SeatRules::AddKeepOut(KeepOutVolume volume)
@@ -45,15 +69,10 @@ void SeatRules::SetMinSensorSpacing(double millimetres)
 std::optional<SeatRule> SeatRules::Refusal(const Eigen::Vector3f& position, const Eigen::Vector3f& normal,
                                            const SeatNeighbours* neighbours) const
 {
-    // not "depth > limit": a depth that is not a number must refuse too.
-    if (hull_ && !(hull_->ExitDistance(position.cast<double>(), normal.cast<double>()) <=
-                   maxSeatDepth_ * kMetresPerMillimetre + kDepthTolerance))
+    if (hull_ && maxSeatDepth_ && TooDeep(hull_->ExitDistance(position.cast<double>(), normal.cast<double>())))
         return SeatRule::kMaxSeatDepth;
-    for (const KeepOutVolume& volume : keepOuts_)
-    {
-        if (volume.Contains(position))
-            return SeatRule::kKeepOut;
-    }
+    if (InKeepOut(position))
+        return SeatRule::kKeepOut;
     if (minSensorSpacing_ > 0.0 && neighbours != nullptr)
     {
         const double spacing = minSensorSpacing_ * kMetresPerMillimetre;
@@ -72,7 +91,7 @@ std::string SeatRules::Describe(SeatRule rule) const
     switch (rule)
     {
     case SeatRule::kMaxSeatDepth:
-        text << "/maxseatdepth " << maxSeatDepth_;
+        text << "/maxseatdepth " << maxSeatDepth_.value_or(0.0);
         break;
     case SeatRule::kKeepOut:
         text << "/keepout";

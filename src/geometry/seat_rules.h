@@ -49,9 +49,11 @@ struct SeatRefusals
 class SeatRules
 {
 public:
-    // A seat is usable only when the ray along its normal leaves `hull` (metres) within
-    // `millimetres`.
-    void SetMaxSeatDepth(ConvexHull hull, double millimetres);
+    // The device's hull (metres), against which seat depths are measured.
+    void SetHull(ConvexHull hull);
+    // A seat is usable only when the ray along its normal leaves the hull within
+    // `millimetres`. Needs the hull.
+    void SetMaxSeatDepth(double millimetres);
     // No seat may lie inside `volume`.
     void AddKeepOut(KeepOutVolume volume);
     // No seat may lie closer than `millimetres` to a neighbour, centre to centre.
@@ -62,6 +64,16 @@ public:
     std::optional<SeatRule> Refusal(const Eigen::Vector3f& position, const Eigen::Vector3f& normal,
                                     const SeatNeighbours* neighbours) const;
 
+    // Metres along `normal` from `position` to the hull's outside (infinity for a normal that
+    // isn't a direction); none without a hull.
+    std::optional<double> HullDepth(const Eigen::Vector3d& position, const Eigen::Vector3d& normal) const;
+    // True when the limit of /maxseatdepth is set and `depth` (metres) lies beyond it.
+    bool TooDeep(double depth) const;
+    bool InKeepOut(const Eigen::Vector3f& position) const;
+    double minSensorSpacing() const { return minSensorSpacing_; }
+    // True when any rule is set: only then need seat draws ask.
+    bool Restricts() const { return maxSeatDepth_ || !keepOuts_.empty() || minSensorSpacing_ > 0.0; }
+
     // The switch that sets `rule`, with its value: "/maxseatdepth 5".
     std::string Describe(SeatRule rule) const;
     // What to change when `rule` leaves no seat, as a sentence.
@@ -69,7 +81,7 @@ public:
 
 private:
     std::optional<ConvexHull> hull_;
-    double maxSeatDepth_ = 0.0; // millimetres, as given
+    std::optional<double> maxSeatDepth_; // millimetres, as given
     std::vector<KeepOutVolume> keepOuts_;
     double minSensorSpacing_ = 0.0; // millimetres, as given; 0: none
 };

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace kelvorig {
 
@@ -15,5 +18,19 @@ struct DirectionQuality
     double positionError = 1.0;  // metres, as the report prints it (1.0: no usable estimate)
     double rotationError = 1.0;  // radians, likewise
 };
+
+// The report's grid: yaw in the outer loop, pitch in the inner one, both from their first value
+// in steps of the same size.
+struct DirectionGrid
+{
+    size_t yawCount = 0;
+    size_t pitchCount = 0;
+    double firstYawDegrees = 0.0;
+    double firstPitchDegrees = 0.0;
+    double stepDegrees = 0.0;
+};
+
+// None when the directions do not form such a grid.
+std::optional<DirectionGrid> GridOf(const std::vector<DirectionQuality>& directions);
 
 } // namespace kelvorig

@@ -64,13 +64,17 @@ uint32_t Pixel(const Rgb& colour)
 }
 
 // One pixel per direction, top row the highest pitch, painted over the panel with nearest
-// sampling so that every direction stays a sharp cell.
+// sampling so that every direction stays a sharp cell. Cells are centred on their grid values,
+// so the grid leaves two strips bare: the last column's cells stop short of yaw 180, where the
+// first column's (yaw -180) continue, and the top row stops short of the pole, which is its
+// nearest row. The image gets a copy of the top row above it and is painted a second time a
+// full turn to the right, underneath.
 template <typename ColourOf>
 void PaintCells(cairo_t* cr, const MapPanel& panel, const std::vector<DirectionQuality>& directions,
                 const DirectionGrid& grid, const ColourOf& colourOf)
 {
     SurfacePointer cells(cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(grid.yawCount),
-                                                    static_cast<int>(grid.pitchCount)));
+                                                    static_cast<int>(grid.pitchCount + 1)));
     cairo_surface_flush(cells.get());
     unsigned char* data = cairo_image_surface_get_data(cells.get());
     const size_t stride = static_cast<size_t>(cairo_image_surface_get_stride(cells.get()));
@@ -79,22 +83,30 @@ void PaintCells(cairo_t* cr, const MapPanel& panel, const std::vector<DirectionQ
     for (size_t k = 0; k < directions.size(); ++k)
     {
         const size_t column = k / grid.pitchCount;
-        const size_t row = grid.pitchCount - 1 - k % grid.pitchCount;
-        reinterpret_cast<uint32_t*>(data + row * stride)[column] = Pixel(colourOf(directions[k]));
+        const size_t row = grid.pitchCount - k % grid.pitchCount;
+        const uint32_t pixel = Pixel(colourOf(directions[k]));
+        reinterpret_cast<uint32_t*>(data + row * stride)[column] = pixel;
+        if (row == 1)
+            reinterpret_cast<uint32_t*>(data)[column] = pixel;
     }
     cairo_surface_mark_dirty(cells.get());
 
-    const std::array<double, 2> corner =
-        PanelPoint(panel, grid.firstYawDegrees - 0.5 * grid.stepDegrees,
-                   grid.firstPitchDegrees + (static_cast<double>(grid.pitchCount) - 0.5) * grid.stepDegrees);
     cairo_save(cr);
     cairo_rectangle(cr, panel.left, panel.top, panel.width, panel.height);
     cairo_clip(cr);
-    cairo_translate(cr, corner[0], corner[1]);
-    cairo_scale(cr, grid.stepDegrees * panel.width / 360.0, grid.stepDegrees * panel.height / 180.0);
-    cairo_set_source_surface(cr, cells.get(), 0.0, 0.0);
-    cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_NEAREST);
-    cairo_paint(cr);
+    for (const double turn : {360.0, 0.0}) // where the two overlap, the nearer cells paint last
+    {
+        const std::array<double, 2> corner =
+            PanelPoint(panel, grid.firstYawDegrees - 0.5 * grid.stepDegrees + turn,
+                       grid.firstPitchDegrees + (static_cast<double>(grid.pitchCount) + 0.5) * grid.stepDegrees);
+        cairo_save(cr);
+        cairo_translate(cr, corner[0], corner[1]);
+        cairo_scale(cr, grid.stepDegrees * panel.width / 360.0, grid.stepDegrees * panel.height / 180.0);
+        cairo_set_source_surface(cr, cells.get(), 0.0, 0.0);
+        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_NEAREST);
+        cairo_paint(cr);
+        cairo_restore(cr);
+    }
     cairo_restore(cr);
 }
 
@@ -120,11 +132,12 @@ void DrawAxes(cairo_t* cr, const MapPanel& panel, const std::string& title)
         cairo_stroke(cr);
         Label(cr, at[0] - 8.0, at[1], std::to_string(pitch), 1.0);
     }
-    Label(cr, panel.left + 0.5 * panel.width, panel.top + panel.height + 32.0, "yaw (degrees)", 0.5);
+    Label(cr, panel.left + 0.5 * panel.width, panel.top + panel.height + 32.0,
+          "yaw (degrees about the mesh's +Y; 0 looks from +Z, 90 from +X)", 0.5);
     cairo_save(cr);
     cairo_translate(cr, panel.left - 52.0, panel.top + 0.5 * panel.height);
     cairo_rotate(cr, -0.5 * kPi);
-    Label(cr, 0.0, 0.0, "pitch (degrees)", 0.5);
+    Label(cr, 0.0, 0.0, "pitch (degrees; 90 looks down from +Y)", 0.5);
     cairo_restore(cr);
     Label(cr, panel.left, panel.top - 12.0, title);
 }
@@ -223,22 +236,6 @@ void DrawMap(cairo_t* cr, const std::vector<DirectionQuality>& directions, const
 }
 
 } // namespace
-
-std::optional<DirectionGrid> GridOf(const std::vector<DirectionQuality>& directions)
-{
-    if (directions.size() < 2)
-        return std::nullopt;
-    DirectionGrid grid;
-    while (grid.pitchCount < directions.size() && directions[grid.pitchCount].yaw == directions[0].yaw)
-        ++grid.pitchCount;
-    if (grid.pitchCount < 2 || directions.size() % grid.pitchCount != 0)
-        return std::nullopt;
-    grid.yawCount = directions.size() / grid.pitchCount;
-    grid.firstYawDegrees = directions[0].yaw * kDegreesPerRadian;
-    grid.firstPitchDegrees = directions[0].pitch * kDegreesPerRadian;
-    grid.stepDegrees = (directions[1].pitch - directions[0].pitch) * kDegreesPerRadian;
-    return grid;
-}
 
 std::array<double, 2> PanelPoint(const MapPanel& panel, double yawDegrees, double pitchDegrees)
 {

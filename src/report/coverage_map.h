@@ -13,19 +13,6 @@
 
 namespace kelvorig {
 
-// The report's grid as the map reads it: yaw in the outer loop, pitch in the inner one.
-struct DirectionGrid
-{
-    size_t yawCount = 0;
-    size_t pitchCount = 0;
-    double firstYawDegrees = 0.0;
-    double firstPitchDegrees = 0.0;
-    double stepDegrees = 0.0;
-};
-
-// None when the directions do not form such a grid.
-std::optional<DirectionGrid> GridOf(const std::vector<DirectionQuality>& directions);
-
 // A panel of the map, in points (pixels of the PNG): yaw -180 to 180 degrees across, pitch
 // -90 to 90 degrees up.
 struct MapPanel

@@ -61,16 +61,32 @@
     numbers.appendChild(hint);
 
     const tables = document.getElementById('tables');
-    section(tables, 'Sensors', table(['id', 'x (mm)', 'y (mm)', 'z (mm)', 'seen from (% of directions)'],
+    section(tables, 'Sensors', table(['id', 'x (mm)', 'y (mm)', 'z (mm)', 'seen from (% of directions)',
+      'depth under the hull (mm)', 'problems'],
       summary.sensors.map(function (s) {
         return [String(s.id), fixed(s.position_mm[0], 2), fixed(s.position_mm[1], 2), fixed(s.position_mm[2], 2),
-          fixed(s.seen_percent, 1)];
+          fixed(s.seen_percent, 1), fixed(s.hull_depth_mm, 2), (s.problems || []).join('; ')];
       })));
-    section(tables, 'Worst directions', table(
-      ['yaw (°)', 'pitch (°)', 'sensors seen', 'solvable %', 'position error (mm)', 'rotation error (°)'],
+    const run = summary.run;
+    const rules = run.seat_rules;
+    section(tables, 'Run', table(null, [
+      ['command line', 'kelvorig ' + run.command_line.join(' ')],
+      ['version', run.version],
+      ['seed, restarts', (run.seed === null ? 'none (from the time)' : String(run.seed)) + ', ' + run.restarts],
+      ['anneal', run.iterations + ' iterations a sensor, cooling rate ' + run.cooling_rate + ', ' +
+        summary.score.orientations + ' orientations'],
+      ['seat rules', 'max seat depth ' + (rules.max_seat_depth_mm === null ? 'none' : rules.max_seat_depth_mm + ' mm') +
+        ', min sensor spacing ' + (rules.min_sensor_spacing_mm === null ? 'none' : rules.min_sensor_spacing_mm +
+        ' mm') + ', keep-outs: ' + (rules.keep_outs.join(', ') || 'none')],
+      ['obstacles', inputs.obstacles.join(', ') || 'none'],
+    ]));
+    section(tables, 'Worst regions of directions (each by its worst direction)', table(
+      ['yaw (°)', 'pitch (°)', 'sensors seen', 'solvable %', 'position error (mm)', 'rotation error (°)',
+        'region (% of directions)'],
       summary.worst_directions.map(function (d) {
         return [fixed(d.yaw_degrees, 1), fixed(d.pitch_degrees, 1), String(d.visible_sensors),
-          String(d.solvable_percent), fixed(d.position_error_mm, 3), fixed(d.rotation_error_degrees, 3)];
+          String(d.solvable_percent), fixed(d.position_error_mm, 3), fixed(d.rotation_error_degrees, 3),
+          fixed(d.region_share_percent, 2)];
       })));
   }
 
@@ -94,24 +110,28 @@
     return new THREE.Vector3(Math.sin(yaw) * Math.cos(pitch), Math.sin(pitch), Math.cos(yaw) * Math.cos(pitch));
   }
 
+  // The grid's rows stop short of the north pole and its columns short of yaw 180: the top row
+  // is carried to the pole, and the last column joins the first (yaw -180 is yaw 180).
   function sphereOfDirections(radius) {
     const sphere = data.sphere;
+    const rows = sphere.pitches.length;
+    const pitches = sphere.pitches[rows - 1] < 90 ? sphere.pitches.concat([90]) : sphere.pitches;
+    const n = pitches.length;
     const positions = [];
     const colours = [];
     sphere.yaws.forEach(function (yaw, i) {
-      sphere.pitches.forEach(function (pitch, j) {
+      pitches.forEach(function (pitch, j) {
         const v = direction(yaw, pitch).multiplyScalar(radius);
         positions.push(v.x, v.y, v.z);
-        const c = errorColour(sphere.errors[i * sphere.pitches.length + j]);
+        const c = errorColour(sphere.errors[i * rows + Math.min(j, rows - 1)]);
         colours.push(c[0], c[1], c[2]);
       });
     });
     const indices = [];
-    const n = sphere.pitches.length;
-    for (let i = 0; i + 1 < sphere.yaws.length; ++i) {
+    for (let i = 0; i < sphere.yaws.length; ++i) {
       for (let j = 0; j + 1 < n; ++j) {
         const a = i * n + j;
-        const b = (i + 1) * n + j;
+        const b = ((i + 1) % sphere.yaws.length) * n + j;
         indices.push(a, a + 1, b, b, a + 1, b + 1);
       }
     }
@@ -180,7 +200,8 @@
       const position = new THREE.Vector3().fromArray(s.position_mm);
       const normal = new THREE.Vector3().fromArray(data.normals[index]);
       if (normal.lengthSq() > 0) normal.normalize(); else normal.set(0, 1, 0);
-      const marker = new THREE.Mesh(markerGeometry, new THREE.MeshPhongMaterial({ color: 0x1a9641 }));
+      const flagged = s.problems && s.problems.length > 0;
+      const marker = new THREE.Mesh(markerGeometry, new THREE.MeshPhongMaterial({ color: flagged ? 0xd7191c : 0x1a9641 }));
       marker.position.copy(position);
       marker.quaternion.setFromUnitVectors(new THREE.Vector3(0, 1, 0), normal);
       marker.userData = s;
@@ -225,7 +246,8 @@
       }
       const s = hits[0].object.userData;
       tooltip.textContent = 'sensor ' + s.id + ': (' + s.position_mm.map(function (v) { return fixed(v, 2); })
-        .join(', ') + ') mm, seen from ' + fixed(s.seen_percent, 1) + ' % of directions';
+        .join(', ') + ') mm, seen from ' + fixed(s.seen_percent, 1) + ' % of directions' +
+        (s.problems && s.problems.length > 0 ? '; ' + s.problems.join('; ') : '');
       tooltip.style.left = (event.clientX - box.left + 14) + 'px';
       tooltip.style.top = (event.clientY - box.top + 14) + 'px';
       tooltip.style.display = 'block';

@@ -54,7 +54,8 @@ TEST(AnalysisRun, OcclusionThroughTheCommandLine)
     EXPECT_EQ(test::WithoutMeshLines(open.err), ""); // every sensor seen somewhere
     EXPECT_EQ(test::WithoutMeshLines(covered.err),
               "WARNING: Input model point 4 doesn't seem to be on the supplied sensor surface at 0.03 0.01 "
-              "0.05\ndid not see sensor id 4\n");
+              "0.05\nWARNING: sensor 4 faces into the device (its normal meets it 9.0 mm away)\n"
+              "did not see sensor id 4\n");
     EXPECT_EQ(std::count(covered.out.begin(), covered.out.end(), '\n'),
               std::count(open.out.begin(), open.out.end(), '\n'));
 }
