@@ -61,7 +61,8 @@ int RunAnalysis(const CommandOptions& options, SensorLayout& layout, const Layou
     if (surface != nullptr && source.seatRules != nullptr)
     {
         seats = CheckSeats(layout.positions, layout.normals, layout.sensorIds, *surface, *source.seatRules);
-        std::fputs(SeatWarnings(seats, layout.sensorIds).c_str(), stderr);
+        const std::string warnings = SeatWarnings(seats, layout.sensorIds);
+        std::fputs((source.annealed && !warnings.empty() ? "\n" + warnings : warnings).c_str(), stderr);
     }
 
     const double step = DegreesToRadians(options.angleResolutionDegrees);

@@ -19,6 +19,7 @@ struct LayoutSource
     const TrackedSurface* surface = nullptr; // none without /sensors
     const SeatRules* seatRules = nullptr;    // with a surface: what its seats are checked against
     std::optional<uint32_t> seed;            // of the anneal that placed it, when that repeats
+    bool annealed = false;                   // placed by this run, whose progress line is still open
 };
 
 // Prints the coverage (or, with /basestationsensitivity, the sensitivity) report of a

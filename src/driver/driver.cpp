@@ -131,7 +131,7 @@ int LoadAndRun(const CommandOptions& options, QualityEvaluator& evaluator)
     case RunMode::kAnalysis:
         break;
     }
-    return RunAnalysis(options, *layout, LayoutSource{surface.get(), seatRules.get(), std::nullopt}, evaluator);
+    return RunAnalysis(options, *layout, LayoutSource{surface.get(), seatRules.get(), std::nullopt, false}, evaluator);
 }
 
 } // namespace

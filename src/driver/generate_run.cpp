@@ -130,7 +130,7 @@ int RunGenerate(const CommandOptions& options, const SensorLayout* immutableSens
     WorkerPool workers(options.threads);
     surface.SetMaxSurfaceAngle(options.maxSurfaceAngle);
     int failureStatus = 1;
-    LayoutSource source{&surface, &seatRules, std::nullopt};
+    LayoutSource source{&surface, &seatRules, std::nullopt, true};
     std::optional<SensorLayout> result =
         AnnealAndWrite(options, immutableSensors, surface, workers, stopRequest, failureStatus, source.seed);
     if (!result)

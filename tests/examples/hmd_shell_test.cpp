@@ -1,9 +1,14 @@
 #include "geometry/tracked_surface.h"
+#include "report/coverage_map.h"
+#include "support/cli_runner.h"
 
 #include <Eigen/Geometry>
+#include <cairo.h>
 #include <gtest/gtest.h>
+#include <json/reader.h>
 
 #include <array>
+#include <cmath>
 #include <map>
 
 namespace kelvorig {
@@ -45,6 +50,51 @@ TEST(HmdShellExample, IsAClosedMillimetreHeadsetWithNormalsPointingOut)
     }
     for (const auto& [edge, count] : directedEdges)
         EXPECT_TRUE(count == 1 && directedEdges.count({edge.second, edge.first}) == 1);
+}
+
+// The map colours every point of its position-error panel at any grid step (cells wrap round at
+// yaw 180 and reach the pole), and the summary's worst regions lie at least 15 degrees apart.
+TEST(HmdShellExample, MapsAreWholeAtAnyGridStepAndTheWorstRegionsLieApart)
+{
+    const test::TempDir dir;
+    const std::string examples = std::string(KELVORIG_SOURCE_DIR) + "/examples/";
+    for (const char* step : {"15", "2"})
+    {
+        ASSERT_EQ(test::RunKelvorig({"/model", examples + "example_sensors.json", "/sensors", kShellPath,
+                                     "/angleresolutiondegrees", step, "/outpng", dir.File("m.png"), "/outsummary",
+                                     dir.File("s.json")})
+                      .status,
+                  0);
+        cairo_surface_t* map = cairo_image_surface_create_from_png(dir.File("m.png").c_str());
+        ASSERT_EQ(cairo_surface_status(map), CAIRO_STATUS_SUCCESS);
+        const unsigned char* pixels = cairo_image_surface_get_data(map);
+        const size_t stride = static_cast<size_t>(cairo_image_surface_get_stride(map));
+        int white = 0;
+        const auto [left, top, width, height] = kErrorPanel;
+        for (int y = static_cast<int>(top) + 1; y + 1 < static_cast<int>(top + height); ++y)
+            for (int x = static_cast<int>(left) + 1; x + 1 < static_cast<int>(left + width); ++x)
+                white += (reinterpret_cast<const uint32_t*>(pixels + static_cast<size_t>(y) * stride)[x] & 0xffffffu) ==
+                         0xffffffu;
+        cairo_surface_destroy(map);
+        EXPECT_EQ(white, 0) << "step " << step;
+
+        Json::Value worst;
+        ASSERT_TRUE(Json::Reader().parse(test::ReadFile(dir.File("s.json")), worst));
+        worst = worst["worst_directions"];
+        EXPECT_EQ(worst.size(), 10u);
+        const auto unit = [&worst](Json::ArrayIndex i)
+        {
+            const double yaw = worst[i]["yaw_degrees"].asDouble() / 57.29577951308232;
+            const double pitch = worst[i]["pitch_degrees"].asDouble() / 57.29577951308232;
+            return Eigen::Vector3d(std::sin(yaw) * std::cos(pitch), std::sin(pitch), std::cos(yaw) * std::cos(pitch));
+        };
+        for (Json::ArrayIndex i = 0; i < worst.size(); ++i)
+        {
+            EXPECT_GT(worst[i]["region_share_percent"].asDouble(), 0.0);
+            for (Json::ArrayIndex j = 0; j < i; ++j)
+                EXPECT_LE(unit(i).dot(unit(j)), std::cos(15.0 / 57.29577951308232) + 1e-12) << i << " " << j;
+        }
+    }
 }
 
 } // namespace
