@@ -2,6 +2,7 @@
 
 #include "support/angles.h"
 
+#include "geometry/mesh_loading.h"
 #include "geometry/tracked_surface.h"
 #include "report/colour_scale.h"
 #include "report/coverage_map.h"
@@ -95,6 +96,31 @@ std::string MeshData(const TrackedSurface* surface)
             if (row > 0 || axis > 0)
                 text += ',';
             AppendNumber(text, std::round(static_cast<double>(vertices(row, axis)) * 1e5) / 100.0);
+        }
+    }
+    return text + "]";
+}
+
+// The facet corners of the meshes at `paths`, read again and scaled as the surface, in
+// millimetres, three per facet; an empty list where they can't be read (said where they were used).
+std::string CornerData(const std::vector<std::string>& paths, const TrackedSurface* surface)
+{
+    VertexMatrix vertices;
+    TriangleMatrix triangles;
+    NormalMatrix normals;
+    if (surface == nullptr || paths.empty() || !ReadMeshList(paths, vertices, triangles, normals))
+        return "[]";
+    std::string text = "[";
+    const double toMm = surface->unitScale() * kMillimetresPerMetre;
+    for (Eigen::Index row = 0; row < triangles.rows(); ++row)
+    {
+        for (Eigen::Index corner = 0; corner < 3; ++corner)
+        {
+            for (Eigen::Index axis = 0; axis < 3; ++axis)
+            {
+                text += row + corner + axis > 0 ? "," : "";
+                AppendNumber(text, std::round(vertices(triangles(row, corner), axis) * toMm * 100.0) / 100.0);
+            }
         }
     }
     return text + "]";
@@ -207,6 +233,9 @@ td, th { border: 1px solid #ccc; padding: 2px 8px; text-align: right; }
 th { background: #eee; }
 #below { padding: 0 16px; }
 #kelvorig-errors { color: #b00; }
+#legend { display: flex; align-items: center; gap: 6px; margin: 8px 0; }
+#legend .bar { width: 180px; height: 14px; border: 1px solid #888; }
+#legend .swatch { width: 14px; height: 14px; border: 1px solid #888; }
 )";
 
 } // namespace
@@ -222,6 +251,8 @@ std::string HtmlReport(const SummaryInputs& inputs, const CoverageSummary& summa
         summaryJson.pop_back();
     data += ScriptSafe(summaryJson);
     data += ",\"mesh\":" + MeshData(surface);
+    data += ",\"obstacles\":" + CornerData(inputs.obstaclePaths, surface);
+    data += ",\"keepOuts\":" + CornerData(inputs.run.keepOutPaths, surface);
     data += ",\"normals\":" + NormalData(layout);
     data += ",\"sphere\":" + SphereData(directions);
     data += ",\"scale\":" + ScaleData();
@@ -231,8 +262,8 @@ std::string HtmlReport(const SummaryInputs& inputs, const CoverageSummary& summa
                        EscapeHtml(inputs.layoutName) + "</title>\n<style>" + kStyle + "</style>\n</head>\n<body>\n";
     page += "<div id=\"top\"><div id=\"view\"><div id=\"tooltip\"></div></div>\n<div id=\"side\"><h1>Tracking of " +
             EscapeHtml(inputs.layoutName) +
-            "</h1>\n<p id=\"kelvorig-status\">loading</p>\n<div id=\"kelvorig-errors\"></div>\n"
-            "<div id=\"numbers\"></div></div></div>\n";
+            "</h1>\n<p id=\"kelvorig-status\">loading</p>\n<p id=\"kelvorig-scene\"></p>\n"
+            "<div id=\"kelvorig-errors\"></div>\n<div id=\"numbers\"></div></div></div>\n";
     page += "<div id=\"below\"><h2>Map of directions</h2>\n<img id=\"map\" alt=\"map of position error and visible "
             "sensors\" src=\"data:image/png;base64," +
             Base64(mapPng) + "\">\n<div id=\"tables\"></div></div>\n";

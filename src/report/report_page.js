@@ -54,9 +54,21 @@
       ['position (mm)', fixed(p.p50, 3), fixed(p.p90, 3), fixed(p.p99, 3), fixed(p.max, 3)],
       ['rotation (degrees)', fixed(r.p50, 3), fixed(r.p90, 3), fixed(r.p99, 3), fixed(r.max, 3)],
     ]));
+    const legend = document.createElement('div');
+    legend.id = 'legend';
+    const stops = data.scale.stops.map(function (c) {
+      return 'rgb(' + c.map(function (v) { return Math.round(v * 255); }).join(',') + ')';
+    });
+    const unsolvable = 'rgb(' + data.scale.unsolvable.map(function (v) { return Math.round(v * 255); }).join(',') + ')';
+    legend.innerHTML = '<span>' + data.scale.lowMm + ' mm</span><span class="bar" style="background: linear-gradient(' +
+      'to right, ' + stops.join(', ') + ')"></span><span>' + data.scale.highMm + '+ mm</span>' +
+      '<span class="swatch" style="background: ' + unsolvable + '"></span><span>unsolvable</span>';
+    numbers.appendChild(legend);
     const hint = document.createElement('p');
     hint.textContent = 'Drag to turn, wheel to zoom, right-drag to move. The sphere shows the position error ' +
-      'with the base station in that direction (the near side faces you); red: unsolvable. ' +
+      'with the base station in that direction (the near side faces you), on the scale above. ' +
+      'Axes: red +X, green +Y, blue +Z; the blue arrow marks the front (+Z, yaw 0 of the map). ' +
+      'Grey: obstacles; purple: keep-outs; red cones: sensors whose seat has a problem. ' +
       'Hover a sensor for its numbers.';
     numbers.appendChild(hint);
 
@@ -140,7 +152,7 @@
     geometry.setAttribute('color', new THREE.Float32BufferAttribute(colours, 3));
     geometry.setIndex(indices);
     const material = new THREE.MeshBasicMaterial({
-      vertexColors: THREE.VertexColors, transparent: true, opacity: 0.5, depthWrite: false });
+      vertexColors: THREE.VertexColors, transparent: true, opacity: 0.8, depthWrite: false });
     return new THREE.Mesh(geometry, material);
   }
 
@@ -154,12 +166,12 @@
     context.arc(32, 32, 30, 0, 2 * Math.PI);
     context.fill();
     context.fillStyle = '#000';
-    context.font = 'bold 34px sans-serif';
+    context.font = 'bold ' + (text.length > 3 ? 18 : 34) + 'px sans-serif';
     context.textAlign = 'center';
     context.textBaseline = 'middle';
     context.fillText(text, 32, 34);
-    const sprite = new THREE.Sprite(new THREE.SpriteMaterial({ map: new THREE.CanvasTexture(canvas),
-      depthTest: false }));
+    // Hidden where the device stands in front of it, so that back-side labels stay behind.
+    const sprite = new THREE.Sprite(new THREE.SpriteMaterial({ map: new THREE.CanvasTexture(canvas) }));
     sprite.scale.set(size, size, 1);
     return sprite;
   }
@@ -178,19 +190,34 @@
     scene.add(light);
 
     const sensors = summary.sensors;
-    let radius = 0;
-    sensors.forEach(function (s) { radius = Math.max(radius, new THREE.Vector3().fromArray(s.position_mm).length()); });
+    // The view frames the device wherever it sits: the box of the mesh and the sensors.
+    const bounds = new THREE.Box3();
+    sensors.forEach(function (s) { bounds.expandByPoint(new THREE.Vector3().fromArray(s.position_mm)); });
     let triangles = 0;
     if (data.mesh.length > 0) {
       const geometry = new THREE.BufferGeometry();
       geometry.setAttribute('position', new THREE.Float32BufferAttribute(data.mesh, 3));
       geometry.computeVertexNormals();
-      geometry.computeBoundingSphere();
-      radius = Math.max(radius, geometry.boundingSphere.center.length() + geometry.boundingSphere.radius);
-      scene.add(new THREE.Mesh(geometry, new THREE.MeshPhongMaterial({ color: 0xe0a060, side: THREE.DoubleSide })));
+      geometry.computeBoundingBox();
+      bounds.union(geometry.boundingBox);
+      const device = new THREE.Mesh(geometry, new THREE.MeshPhongMaterial({ color: 0xe0a060, side: THREE.DoubleSide }));
+      device.name = 'device';
+      scene.add(device);
       triangles = data.mesh.length / 9;
     }
-    radius = Math.max(radius, 1);
+    const centre = bounds.isEmpty() ? new THREE.Vector3() : bounds.getCenter(new THREE.Vector3());
+    const radius = Math.max(bounds.isEmpty() ? 0 : bounds.getSize(new THREE.Vector3()).length() / 2, 1);
+    [['obstacles', data.obstacles, 0x808080, 0.35], ['keep-outs', data.keepOuts, 0x8040c0, 0.3]].forEach(
+      function (entry) {
+        if (entry[1].length === 0) return;
+        const geometry = new THREE.BufferGeometry();
+        geometry.setAttribute('position', new THREE.Float32BufferAttribute(entry[1], 3));
+        geometry.computeVertexNormals();
+        const mesh = new THREE.Mesh(geometry, new THREE.MeshPhongMaterial({ color: entry[2], transparent: true,
+          opacity: entry[3], depthWrite: false, side: THREE.DoubleSide }));
+        mesh.name = entry[0];
+        scene.add(mesh);
+      });
 
     const markerSize = radius * 0.045;
     const markers = [];
@@ -212,9 +239,29 @@
       scene.add(label);
     });
 
+    // The mesh's axes at the device's centre, and its front (+Z: yaw 0 of the map) marked.
+    const axes = new THREE.AxesHelper(radius * 0.9);
+    axes.name = 'axes';
+    axes.position.copy(centre);
+    scene.add(axes);
+    [['+X', 1, 0, 0], ['+Y', 0, 1, 0], ['+Z', 0, 0, 1]].forEach(function (axis) {
+      const label = numberSprite(axis[0], markerSize * 2.2);
+      label.position.copy(centre).add(new THREE.Vector3(axis[1], axis[2], axis[3]).multiplyScalar(radius * 1.0));
+      scene.add(label);
+    });
+    const front = new THREE.ArrowHelper(new THREE.Vector3(0, 0, 1), centre, radius * 1.35, 0x2060d0,
+      radius * 0.12, radius * 0.06);
+    front.name = 'front marker';
+    scene.add(front);
+    const frontLabel = numberSprite('front', markerSize * 3.0);
+    frontLabel.position.copy(centre).add(new THREE.Vector3(0, 0, radius * 1.45));
+    scene.add(frontLabel);
+
     let sphereDirections = 0;
     if (data.sphere) {
       const sphere = sphereOfDirections(radius * 1.5);
+      sphere.name = 'sphere of directions';
+      sphere.position.copy(centre);
       scene.add(sphere);
       sphereDirections = data.sphere.yaws.length * data.sphere.pitches.length;
       const toggle = document.createElement('label');
@@ -227,9 +274,9 @@
     }
 
     const camera = new THREE.PerspectiveCamera(40, view.clientWidth / view.clientHeight, radius * 0.01, radius * 50);
-    camera.position.set(radius * 2.6, radius * 1.8, radius * 5.0);
+    camera.position.copy(centre).add(new THREE.Vector3(radius * 2.6, radius * 1.8, radius * 5.0));
     const controls = new THREE.OrbitControls(camera, renderer.domElement);
-    controls.target.set(0, 0, 0);
+    controls.target.copy(centre);
     controls.update();
 
     const tooltip = document.getElementById('tooltip');
@@ -259,6 +306,11 @@
     }
     controls.addEventListener('change', render);
     render();
+    const drawn = ['device', 'axes', 'front marker', 'obstacles', 'keep-outs', 'sphere of directions'].filter(
+      function (name) { return scene.getObjectByName(name) !== undefined; });
+    const flagged = markers.filter(function (m) { return m.userData.problems && m.userData.problems.length > 0; });
+    document.getElementById('kelvorig-scene').textContent = 'scene: ' + drawn.join(', ') + '; ' + flagged.length +
+      ' flagged sensors (' + flagged.map(function (m) { return m.userData.id; }).join(' ') + ')';
     status.textContent = 'ready: ' + triangles + ' mesh triangles, ' + markers.length + ' sensors, ' +
       sphereDirections + ' sphere directions, ' + renderer.info.render.triangles + ' triangles drawn';
   }

@@ -25,6 +25,9 @@ TEST(SeatReview, ASensorLookingIntoTheDeviceIsFlaggedWhereverTheLayoutIsUsed)
 {
     test::TempDir dir;
     test::WriteBinaryStl(dir.File("band.stl"), test::Revolve({{27, 40}, {30, 40}, {30, 0}, {27, 0}}));
+    // A lid just over the band, and a keep-out in its hole: the page draws both.
+    test::WriteBinaryStl(dir.File("lid.stl"), test::MakeBox({20, 20, 2}, {0, 0, 42}));
+    test::WriteBinaryStl(dir.File("hole.stl"), test::MakeBox({10, 10, 10}, {0, 0, 20}));
     test::WriteFile(dir.File("layout.json"), R"({"channelMap": [0, 1, 2, 3, 4, 5],
         "modelPoints": [[0.03, 0, 0.02], [-0.03, 0, 0.02], [0, 0.03, 0.02], [0, -0.03, 0.02],
                         [0.0212132, 0.0212132, 0.01], [0.027, 0, 0.02]],
@@ -38,10 +41,10 @@ TEST(SeatReview, ASensorLookingIntoTheDeviceIsFlaggedWhereverTheLayoutIsUsed)
         std::vector<std::string> more;
         std::string warning;
     } runs[] = {
-        {{}, facing},
         {{"/generate", "/nsensors", "8", "/niterations", "1", "/coolingrate", "0.5", "/seed", "2", "/maxseatdepth", "5",
           "/outmodel", dir.File("g.json")},
          facing + "; lies 57.0 mm under the hull (/maxseatdepth 5)"},
+        {{"/obstacles", dir.File("lid.stl"), "/keepout", dir.File("hole.stl")}, facing},
     };
     for (const auto& run : runs)
     {
@@ -56,7 +59,7 @@ TEST(SeatReview, ASensorLookingIntoTheDeviceIsFlaggedWhereverTheLayoutIsUsed)
         const Json::Value sensors = ReadJson(dir.File("s.json"))["sensors"];
         for (Json::ArrayIndex i = 0; i < sensors.size(); ++i)
         {
-            EXPECT_EQ(sensors[i]["problems"].size(), i == 5 ? (run.more.empty() ? 1u : 2u) : 0u) << i;
+            EXPECT_EQ(sensors[i]["problems"].size(), i == 5 ? (run.more.size() == 4 ? 1u : 2u) : 0u) << i;
             EXPECT_EQ(sensors[i]["normal"].size(), 3u);
         }
         EXPECT_EQ(sensors[5]["problems"][0].asString(), facing);
@@ -65,6 +68,17 @@ TEST(SeatReview, ASensorLookingIntoTheDeviceIsFlaggedWhereverTheLayoutIsUsed)
         EXPECT_TRUE(sensors[0]["faces_device_at_mm"].isNull());
         EXPECT_NE(test::ReadFile(dir.File("r.html")).find(facing), std::string::npos);
     }
+    if (!std::filesystem::exists("/usr/bin/chromium"))
+        GTEST_SKIP() << "no /usr/bin/chromium";
+    ASSERT_EQ(std::system(("timeout 120 /usr/bin/chromium --headless --no-sandbox --use-angle=swiftshader "
+                           "--enable-unsafe-swiftshader --dump-dom file://" +
+                           dir.File("r.html") + " > " + dir.File("dom.html") + " 2>/dev/null")
+                              .c_str()),
+              0);
+    EXPECT_NE(test::ReadFile(dir.File("dom.html"))
+                  .find(">scene: device, axes, front marker, obstacles, keep-outs, sphere of directions; 1 flagged "
+                        "sensors (5)<"),
+              std::string::npos);
 }
 
 // A generate run's summary records its command line, which run again writes the same layout.

@@ -241,6 +241,8 @@ TEST(VisualOutputs, GenerateWritesTheScoreOfItsLayoutAndAReportThatOpensInABrows
     const std::string dom = test::ReadFile(dir.File("dom.html"));
     EXPECT_NE(dom.find(">ready: 12 mesh triangles, 6 sensors, "), std::string::npos) << dom.substr(0, 2000);
     EXPECT_NE(dom.find("<div id=\"kelvorig-errors\"></div>"), std::string::npos);
+    EXPECT_NE(dom.find(">scene: device, axes, front marker, sphere of directions; 0 flagged sensors ()<"),
+              std::string::npos);
 
     const Image shot = ReadPng(dir.File("shot.png"));
     std::set<uint32_t> colours;
